@@ -1,0 +1,103 @@
+#pragma once
+// The staging arrays, bitmap layouts and lookup tables that every decoder
+// shares. Each array has a fixed extent and starts zero-filled; a read beyond
+// an extent yields 0 and a store beyond it is dropped, so no input can reach
+// memory outside them.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+namespace velmoric {
+
+inline constexpr std::size_t kSrcWordsExtent = 32767;
+inline constexpr std::size_t kLowBmpExtent = 16385;
+inline constexpr std::size_t kMedBmpExtent = 32767;
+inline constexpr std::size_t kMonoBmpExtent = 16385;
+inline constexpr std::size_t kTrueBmpExtent = 101;
+inline constexpr std::size_t kMacBmpExtent = 101;
+inline constexpr std::size_t kSrcBytesExtent = 65533;
+inline constexpr std::size_t kPixBytesExtent = 65533;
+
+// Bitmap file sizes, header included, and where their pixels begin.
+inline constexpr std::size_t kLowBmpWords = 16059;   // 32118 bytes
+inline constexpr std::size_t kMedBmpWords = 32059;   // 64118 bytes
+inline constexpr std::size_t kMonoBmpWords = 16031;  // 32062 bytes
+inline constexpr std::size_t kTrueBmpSize = 192054;
+inline constexpr std::size_t kMacBmpSize = 51902;
+inline constexpr std::size_t kTrueHeaderSize = 54;
+inline constexpr std::size_t kMacHeaderSize = 62;
+inline constexpr std::size_t kPaletteWord = 27;    // entry i at words 27 + 2i and 28 + 2i
+inline constexpr std::size_t kColourPixelWord = 59;
+inline constexpr std::size_t kMonoPixelWord = 31;
+
+// A fixed array whose checked accessors make out-of-extent reads 0 and drop
+// out-of-extent stores.
+template <class T, std::size_t N>
+struct FixedArray {
+    std::array<T, N> a{};
+    static constexpr std::size_t extent = N;
+    T get(std::size_t i) const { return i < N ? a[i] : T(0); }
+    void put(std::size_t i, T v) {
+        if (i < N) a[i] = v;
+    }
+    T& operator[](std::size_t i) { return a[i]; }
+    const T& operator[](std::size_t i) const { return a[i]; }
+    T* data() { return a.data(); }
+    const T* data() const { return a.data(); }
+};
+
+struct Staging {
+    FixedArray<std::uint16_t, kSrcWordsExtent> srcwords;
+    FixedArray<std::uint16_t, kLowBmpExtent> lowbmp;
+    FixedArray<std::uint16_t, kMedBmpExtent> medbmp;
+    FixedArray<std::uint16_t, kMonoBmpExtent> monobmp;
+    FixedArray<std::uint8_t, kTrueBmpExtent> truebmp;
+    FixedArray<std::uint8_t, kMacBmpExtent> macbmp;
+    FixedArray<std::uint8_t, kSrcBytesExtent> srcbytes;
+    FixedArray<std::uint8_t, kPixBytesExtent> pixbytes;
+    // specindex(x, c) at c * 320 + x; planebits(v, k, p) at v + 257k + 2313p;
+    // stlevel(v, column) at v + 257 * column.
+    FixedArray<std::uint16_t, 320 * 16> specindex;
+    FixedArray<std::uint8_t, 257 * 9 * 5> planebits;
+    FixedArray<std::uint8_t, 257 * 3> stlevel;
+
+    // The finished bitmap file of the last decode. Sized once for the largest
+    // layout so that no decode allocates.
+    std::vector<std::uint8_t> out;
+
+    Staging();
+
+    // The constant headers and palettes, then specindex, planebits, stlevel.
+    void buildTables();
+
+    std::uint16_t specIndex(int x, int c) const { return specindex[std::size_t(c) * 320 + std::size_t(x)]; }
+    std::uint8_t planeBits(int v, int k, int p) const {
+        return planebits[std::size_t(v) + 257 * std::size_t(k) + 2313 * std::size_t(p)];
+    }
+    std::uint8_t stLevel(int v, int column) const { return stlevel[std::size_t(v) + 257 * std::size_t(column)]; }
+
+    // ---- Steps that several decoders share --------------------------------
+    // 16 ST colour words, as read (first file byte low), into the 16 palette
+    // entries of a 4-bit bitmap (lowbmp or medbmp).
+    static void convertPalette(const std::uint16_t* words, std::uint16_t* bitmap);
+    void convertPaletteFromSrcwords(std::size_t firstWord, std::uint16_t* bitmap);
+    // Rows of four (low) or two (medium) interleaved planes of 80 words, or
+    // mono rows of 40 words, from srcwords, given the word indices of the top
+    // and the bottom row. The bottom row becomes the first pixel row of the
+    // bitmap; at most the rows the bitmap holds are written.
+    void mergeLow(std::size_t topRow, std::size_t bottomRow);
+    void mergeMedium(std::size_t topRow, std::size_t bottomRow);
+    void copyMono(std::size_t topRow, std::size_t bottomRow);
+
+    // The staged bitmaps as file bytes in `out`, headers included.
+    std::span<const std::uint8_t> emitLow();
+    std::span<const std::uint8_t> emitMedium();
+    std::span<const std::uint8_t> emitMono();
+
+private:
+    std::span<const std::uint8_t> emitWords(const std::uint16_t* words, std::size_t count);
+};
+
+}  // namespace velmoric

@@ -1,0 +1,22 @@
+#include "options/association.h"
+
+#include "shell/formats.h"
+
+namespace velmoric {
+
+Association buildAssociation(const std::string& folder) {
+    Association a;
+    a.className = "velmoric";
+    a.comment = "Velmoric file";
+    a.command = joinPath(folder, "velmoric") + " %f";
+    // .spu first: its registration is what later starts test for.
+    for (const Format& f : formatTable())
+        if (f.lower == kFirstRunExtension)
+            a.types.push_back({std::string(f.lower), std::string(f.mimeType)});
+    for (const Format& f : formatTable())
+        if (f.lower != kFirstRunExtension)
+            a.types.push_back({std::string(f.lower), std::string(f.mimeType)});
+    return a;
+}
+
+}  // namespace velmoric

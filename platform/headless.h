@@ -1,0 +1,97 @@
+#pragma once
+// A platform without a screen: every user-interface operation is a plain data
+// holder. Message boxes are recorded and answered from a queue, the open
+// dialog is answered from a queue, and the window is a model of measures.
+// Files are real files.
+#include <deque>
+#include <functional>
+#include <map>
+#include <set>
+
+#include "platform/localfiles.h"
+
+namespace velmoric {
+
+class HeadlessPlatform : public LocalFilesPlatform {
+public:
+    struct Message {
+        std::string text, title;
+        Buttons buttons;
+        Icon icon;
+    };
+
+    // ---- what tests set -----------------------------------------------------
+    std::string commandLineText;
+    std::deque<Answer> answers;             // for message boxes; empty: OK or No
+    std::deque<std::string> selectorAnswers;  // for the open dialog; empty: cancel
+    std::map<std::string, std::string> settings;  // "app/section/key" -> text
+    std::set<std::string> registeredExtensions;
+    std::function<void()> onResize;  // called when a set changes the outer size
+    std::function<void()> onYield;
+
+    // ---- what tests read ------------------------------------------------------
+    std::vector<Message> messages;
+    std::vector<FileSelector> selectorRuns;
+    std::vector<Association> associationsWritten;
+    std::vector<std::string> settingsWritten;  // keys in the order written
+    int yields = 0;
+    int repaints = 0;
+    bool menuEnabled[4] = {true, true, true, true};
+    bool toolbarEnabled = true;
+    bool timerEnabled = false;
+    bool shown = false;
+    std::string fileNameText;
+    Picture image;
+    std::string label;
+
+    // The window: outer measures in twips, a frame of fixed pixel size.
+    WindowState state = WindowState::Normal;
+    int outerW = 6600 + 15 * 16;
+    int outerH = 5205 + 15 * 70;
+    int frameW = 16;   // pixels taken by the borders left and right
+    int frameH = 70;   // pixels taken by title, menu bar and borders
+    int imageTopPx = 56;
+    int imageW = 440, imageH = 272, labelW = 439;
+
+    // ---- Platform -------------------------------------------------------------
+    std::string commandLine() override { return commandLineText; }
+    Answer messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) override;
+    void yield() override;
+    void repaint() override { ++repaints; }
+    void runFileSelector(const FileSelector& settings) override;
+    std::string fileName() override { return fileNameText; }
+    void setFileName(const std::string& name) override { fileNameText = name; }
+    Picture picture() override { return image; }
+    void setPicture(const Picture& picture) override { image = picture; }
+    std::string caption() override { return label; }
+    void setCaption(const std::string& text) override { label = text; }
+    void setMenuEnabled(int index, bool enabled) override;
+    void setToolbarEnabled(bool enabled) override { toolbarEnabled = enabled; }
+    void setTimerEnabled(bool enabled) override { timerEnabled = enabled; }
+    void showWindow() override { shown = true; }
+
+    WindowState windowState() override { return state; }
+    int outerWidth() override { return outerW; }
+    int outerHeight() override { return outerH; }
+    void setOuterWidth(int twips) override;
+    void setOuterHeight(int twips) override;
+    int clientWidth() override;
+    int clientHeight() override;
+    int pixelsToTwips(int pixels) override { return pixels * 15; }
+    int imageTop() override { return imageTopPx; }
+    void setImageSize(int width, int height) override { imageW = width, imageH = height; }
+    void setLabelWidth(int width) override { labelW = width; }
+
+    std::optional<std::string> readSetting(const std::string& app, const std::string& section,
+                                           const std::string& key) override;
+    void writeSetting(const std::string& app, const std::string& section, const std::string& key,
+                      const std::string& value) override;
+
+    bool extensionRegistered(const std::string& extension) override;
+    void registerAssociation(const Association& association) override;
+
+    bool allCommandsEnabled() const;
+    bool allCommandsDisabled() const;
+};
+
+}  // namespace velmoric

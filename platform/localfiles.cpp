@@ -1,0 +1,40 @@
+#include "platform/localfiles.h"
+
+#include <stdexcept>
+
+namespace velmoric {
+
+std::string joinPath(const std::string& folder, const std::string& name) {
+    if (!folder.empty() && folder.back() == kPathSeparator) return folder + name;
+    return folder + kPathSeparator + name;
+}
+
+std::string LocalFilesPlatform::programFolder() {
+    return programFolderOverride_.empty() ? files::programFolder() : programFolderOverride_;
+}
+
+std::string LocalFilesPlatform::temporaryBitmapPath() {
+    const std::string folder = programFolder();
+    if (files::folderWritable(folder)) return joinPath(folder, kTemporaryBitmapName);
+    return joinPath(files::runtimeFolder(), kTemporaryBitmapName);
+}
+
+SourceData LocalFilesPlatform::readSource(const std::string& path, std::size_t limit) {
+    return files::readSource(path, limit);
+}
+
+void LocalFilesPlatform::writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
+    files::writeOver(path, bytes);
+}
+
+void LocalFilesPlatform::deleteFile(const std::string& path) { files::remove(path); }
+
+Picture LocalFilesPlatform::loadPicture(const std::string& path) {
+    try {
+        return Picture::fromBitmapBytes(files::readWhole(path));
+    } catch (const std::invalid_argument& e) {
+        throw PlatformError(path, std::string("cannot load picture: ") + e.what());
+    }
+}
+
+}  // namespace velmoric

@@ -1,0 +1,30 @@
+#pragma once
+// The file half of the platform, on the local file system. Both the Qt and
+// the headless platform inherit it, so files behave the same in tests and in
+// the viewer.
+#include "platform/platform.h"
+
+namespace velmoric {
+
+class LocalFilesPlatform : public Platform {
+public:
+    std::string programFolder() override;
+    std::string temporaryBitmapPath() override;
+    SourceData readSource(const std::string& path, std::size_t limit) override;
+    void writeFile(const std::string& path, std::span<const std::uint8_t> bytes) override;
+    void deleteFile(const std::string& path) override;
+    void closeAllFiles() override {}
+    Picture loadPicture(const std::string& path) override;
+
+    // Tests point the program folder elsewhere.
+    void setProgramFolder(std::string folder) { programFolderOverride_ = std::move(folder); }
+
+private:
+    std::string programFolderOverride_;
+};
+
+// The name of the temporary bitmap, beside the program when that folder can
+// be written, else in the user's runtime folder.
+inline constexpr const char* kTemporaryBitmapName = "tmp~~~$$.BMP";
+
+}  // namespace velmoric

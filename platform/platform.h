@@ -1,0 +1,111 @@
+#pragma once
+// The one interface between the viewer's core and the outside world. The core
+// (decoders, the current picture, opening, layout, start-up and commands)
+// calls nothing else; a Qt implementation drives real windows and a headless
+// one keeps plain data for tests and batch use.
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/files.h"
+#include "platform/picture.h"
+
+namespace velmoric {
+
+enum class Buttons { Ok, YesNo };
+enum class Icon { None, Exclamation, Question, Information };
+enum class Answer { Ok, Yes, No };
+
+enum class WindowState { Normal = 0, Minimised = 1, Maximised = 2 };
+
+// What the open dialog is asked to show.
+struct FileSelector {
+    int flags = 0;
+    std::string filter;  // "Description|pattern;pattern|Description|pattern..."
+    int filterIndex = 1;
+    std::string title;
+};
+
+// The file association: which types the viewer opens and how it is started.
+struct AssociationType {
+    std::string extension;  // small letters, without dot: "neo"
+    std::string mimeType;   // "image/x-velmoric-neo"
+};
+struct Association {
+    std::string className;  // "velmoric"
+    std::string comment;    // "Velmoric file"
+    std::string command;    // program folder + "/velmoric %f"
+    std::vector<AssociationType> types;
+};
+
+class Platform {
+public:
+    virtual ~Platform() = default;
+
+    // ---- Files and process ----------------------------------------------
+    virtual std::string programFolder() = 0;
+    virtual std::string commandLine() = 0;
+    // Where the temporary bitmap of an open lives.
+    virtual std::string temporaryBitmapPath() = 0;
+    virtual SourceData readSource(const std::string& path, std::size_t limit) = 0;
+    virtual void writeFile(const std::string& path, std::span<const std::uint8_t> bytes) = 0;
+    virtual void deleteFile(const std::string& path) = 0;
+    virtual void closeAllFiles() = 0;
+    virtual Picture loadPicture(const std::string& path) = 0;
+
+    // ---- User interface ---------------------------------------------------
+    virtual Answer messageBox(const std::string& text, const std::string& title, Buttons buttons,
+                              Icon icon) = 0;
+    virtual void yield() = 0;
+    virtual void repaint() = 0;
+    // Runs the open dialog; leaves the chosen path in fileName(), or "" on cancel.
+    virtual void runFileSelector(const FileSelector& settings) = 0;
+    virtual std::string fileName() = 0;  // CMDialog1.FileName
+    virtual void setFileName(const std::string& name) = 0;
+    virtual Picture picture() = 0;  // Image1.Picture
+    virtual void setPicture(const Picture& picture) = 0;
+    virtual std::string caption() = 0;  // Label1.Caption
+    virtual void setCaption(const std::string& text) = 0;
+    // Top-level menus 0 to 3 of mfile, and Toolbar1.
+    virtual void setMenuEnabled(int index, bool enabled) = 0;
+    virtual void setToolbarEnabled(bool enabled) = 0;
+    virtual void setTimerEnabled(bool enabled) = 0;  // Timer1
+    virtual void showWindow() = 0;
+
+    // ---- Window measures: outer in twips, client and controls in pixels --
+    virtual WindowState windowState() = 0;
+    virtual int outerWidth() = 0;
+    virtual int outerHeight() = 0;
+    virtual void setOuterWidth(int twips) = 0;
+    virtual void setOuterHeight(int twips) = 0;
+    virtual int clientWidth() = 0;
+    virtual int clientHeight() = 0;
+    virtual int pixelsToTwips(int pixels) = 0;
+    virtual int imageTop() = 0;
+    virtual void setImageSize(int width, int height) = 0;
+    virtual void setLabelWidth(int width) = 0;
+
+    // ---- Settings store ---------------------------------------------------
+    virtual std::optional<std::string> readSetting(const std::string& app, const std::string& section,
+                                                   const std::string& key) = 0;
+    virtual void writeSetting(const std::string& app, const std::string& section, const std::string& key,
+                              const std::string& value) = 0;
+
+    // ---- File association (the registry's part) --------------------------
+    // True when some program has already registered the extension.
+    virtual bool extensionRegistered(const std::string& extension) = 0;
+    virtual void registerAssociation(const Association& association) = 0;
+};
+
+// Joins a folder and a file name with the platform's separator.
+std::string joinPath(const std::string& folder, const std::string& name);
+inline constexpr char kPathSeparator =
+#ifdef _WIN32
+    '\\';
+#else
+    '/';
+#endif
+
+}  // namespace velmoric

@@ -1,0 +1,52 @@
+#include "shell/formats.h"
+
+namespace velmoric {
+namespace {
+
+Decoded runDegas1(Staging& s, const Source& src, const DecoderArgs& a) {
+    return degas1(s, src, a.values[0], a.values[1], a.values[2], a.values[3]);
+}
+
+template <Decoded (*F)(Staging&, const Source&)>
+Decoded plain(Staging& s, const Source& src, const DecoderArgs&) {
+    return F(s, src);
+}
+
+// Dispatch order. The four numbers of degas1 are the last word, the first
+// palette word, the top row and the bottom row.
+constexpr Format kFormats[] = {
+    {"NEO", "neo", "degas1", {{16063, 2, 64, 15984}}, runDegas1, "Neochrome", 1, "image/x-velmoric-neo"},
+    {"PI1", "pi1", "degas1", {{16016, 1, 17, 15937}}, runDegas1, "Degas low resolution", 1, "image/x-velmoric-pi1"},
+    {"PI2", "pi2", "degas2", {}, nullptr, "Degas medium resolution", 2, "image/x-velmoric-pi2"},
+    {"PI3", "pi3", "degas3", {}, nullptr, "Degas high resolution", 3, "image/x-velmoric-pi3"},
+    {"PC1", "pc1", "degasc1", {}, nullptr, "Degas compressed low resolution", 1, "image/x-velmoric-pc1"},
+    {"PC2", "pc2", "degasc2", {}, nullptr, "Degas compressed medium resolution", 2, "image/x-velmoric-pc2"},
+    {"PC3", "pc3", "degasc3", {}, nullptr, "Degas compressed high resolution", 3, "image/x-velmoric-pc3"},
+    {"TNY", "tny", "tiny", {}, nullptr, "Tiny", 0, "image/x-velmoric-tny"},
+    {"TN1", "tn1", "tiny", {}, nullptr, "Tiny low resolution", 0, "image/x-velmoric-tn1"},
+    {"TN2", "tn2", "tiny", {}, nullptr, "Tiny medium resolution", 0, "image/x-velmoric-tn2"},
+    {"TN3", "tn3", "tiny", {}, nullptr, "Tiny high resolution", 0, "image/x-velmoric-tn3"},
+    {"SPU", "spu", "spec", {}, nullptr, "Spectrum 512", 1, "image/x-velmoric-spu"},
+    {"SPC", "spc", "specc", {}, nullptr, "Spectrum 512 compressed", 1, "image/x-velmoric-spc"},
+    {"SPS", "sps", "specs", {}, nullptr, "Spectrum 512 smooshed", 1, "image/x-velmoric-sps"},
+    {"CA1", "ca1", "crack1", {}, nullptr, "Crack Art low resolution", 1, "image/x-velmoric-ca1"},
+    {"CA2", "ca2", "crack2", {}, nullptr, "Crack Art medium resolution", 2, "image/x-velmoric-ca2"},
+    {"CA3", "ca3", "crack3", {}, nullptr, "Crack Art high resolution", 3, "image/x-velmoric-ca3"},
+    {"MAC", "mac", "hmac", {}, nullptr, "MacPaint", 4, "image/x-velmoric-mac"},
+};
+
+}  // namespace
+
+std::span<const Format> formatTable() { return kFormats; }
+
+std::string extensionOf(std::string_view name) {
+    return std::string(name.size() <= 3 ? name : name.substr(name.size() - 3));
+}
+
+const Format* findFormat(std::string_view extension) {
+    for (const Format& f : kFormats)
+        if (f.decode && (extension == f.upper || extension == f.lower)) return &f;
+    return nullptr;
+}
+
+}  // namespace velmoric

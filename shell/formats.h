@@ -1,0 +1,47 @@
+#pragma once
+// The one table of picture formats. It drives the dispatch of an open, the
+// converter's help, the MIME types and the desktop entry.
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "decoders/decoder.h"
+
+namespace velmoric {
+
+struct DecoderArgs {
+    std::array<int, 4> values{};
+};
+
+using DecodeFn = Decoded (*)(Staging&, const Source&, const DecoderArgs&);
+
+struct Format {
+    std::string_view upper;        // "NEO": the name must end in these three letters...
+    std::string_view lower;        // "neo": ...or in these
+    std::string_view routine;      // the decoder's name
+    DecoderArgs args;              // only degas1 takes arguments
+    DecodeFn decode;               // null while a decoder is not built
+    std::string_view description;  // "Neochrome", for help texts and MIME comments
+    int kind;                      // 1 to 4; 0 when the file itself decides (Tiny)
+    std::string_view mimeType;
+};
+
+// All 18 rows in dispatch order, built or not.
+std::span<const Format> formatTable();
+
+// The last three characters of a name (a shorter name whole).
+std::string extensionOf(std::string_view name);
+
+// The row whose capitals or small letters equal the extension exactly, among
+// the rows whose decoder is built; null when there is none.
+const Format* findFormat(std::string_view extension);
+
+// The largest source a decoder looks at: the extent of srcbytes.
+inline constexpr std::size_t kSourceLimit = kSrcBytesExtent;
+
+inline Decoded decodeWith(const Format& format, Staging& s, const Source& src) {
+    return format.decode(s, src, format.args);
+}
+
+}  // namespace velmoric

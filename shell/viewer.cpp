@@ -1,0 +1,198 @@
+#include "shell/viewer.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "options/association.h"
+
+namespace velmoric {
+
+std::string commandLineName(const std::string& cmd) {
+    const int length = int(cmd.size());
+    int i = length;
+    if (length >= 9) {
+        for (i = length; i >= 9; --i)
+            if (cmd[std::size_t(i) - 1] == '.') break;
+    }
+    if (i == 9) return {};
+    return cmd.substr(0, std::min<std::size_t>(std::size_t(i) + 3, cmd.size()));
+}
+
+std::string fileErrorText(const std::string& extension, const std::string& commandLine) {
+    return extension + "#" + commandLine + "#Sorry a file error has occured." + "\n" +
+           "Probably an incorrect file type or invalid picture file.";
+}
+
+std::string errorBoxText(const std::string& systemText) {
+    return std::string("Sorry an error has occured.\nThe system reports the following.\n") + systemText;
+}
+
+Viewer::Viewer(Platform& platform) : ui(platform), staging(std::make_unique<Staging>()) {}
+
+void Viewer::Form_Load() {
+    ui.setTimerEnabled(false);
+    if (!ui.extensionRegistered(kFirstRunExtension)) {
+        const Answer a = ui.messageBox(
+            "Welcome to the Velmoric picture viewer.\rDo you wish to register the Atari picture files to this program.",
+            "Register Files", Buttons::YesNo, Icon::None);
+        if (a == Answer::Yes) ui.registerAssociation(buildAssociation(ui.programFolder()));
+    }
+    ui.setTimerEnabled(true);
+    readOptions(ui, options);
+    staging->buildTables();
+    saved = kTrue;
+    nopicture = kTrue;
+    kind = 1;
+    stop = kTrue;
+}
+
+void Viewer::Timer1_Timer() {
+    ui.showWindow();
+    ui.setTimerEnabled(false);
+    if (!ui.commandLine().empty()) {
+        openmode = 1;
+        openpic();
+    }
+    openmode = 0;
+}
+
+void Viewer::menusoff() {
+    for (int i = 0; i < 4; ++i) ui.setMenuEnabled(i, false);
+    ui.setToolbarEnabled(false);
+}
+
+void Viewer::menuson() {
+    for (int i = 0; i < 4; ++i) ui.setMenuEnabled(i, true);
+    ui.setToolbarEnabled(true);
+}
+
+void Viewer::showErrorBox(const std::string& systemText) {
+    ui.messageBox(errorBoxText(systemText), "Error.", Buttons::Ok, Icon::Exclamation);
+}
+
+void Viewer::runDecoder(const Format& format) {
+    const SourceData data = ui.readSource(ui.fileName(), kSourceLimit);
+    const Decoded result = decodeWith(format, *staging, Source{data.bytes, data.length});
+    if (result.rejected) {
+        badfile = kTrue;
+        return;
+    }
+    ui.writeFile(ui.temporaryBitmapPath(), result.bitmap);
+    ui.setCaption(std::string(result.caption));
+    kind = result.kind;
+}
+
+void Viewer::openpic() {
+    ui.yield();
+    if (openmode == 0) {
+        ui.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
+    } else if (openmode == 1) {
+        ui.setFileName(commandLineName(ui.commandLine()));
+    }
+    const std::string name = ui.fileName();
+    if (name.empty()) return;
+    const std::string extension = extensionOf(name);
+    badfile = kFalse;
+    bool dispatched = false;
+    menusoff();
+    ui.yield();
+    ui.repaint();
+
+    // What an error must leave as it was: the decoder sets the caption and
+    // the kind before the picture is loaded.
+    const std::int16_t kindBefore = kind;
+    const std::string captionBefore = ui.caption();
+    const std::string temporary = ui.temporaryBitmapPath();
+    bool laidOut = false;
+    bool written = false;
+    try {
+        if (const Format* format = findFormat(extension)) {
+            dispatched = true;
+            runDecoder(*format);
+            written = badfile == kFalse;
+        }
+        if (!dispatched || badfile != kFalse) {
+            ui.messageBox(fileErrorText(extension, ui.commandLine()), "Error.", Buttons::Ok, Icon::Exclamation);
+            menuson();
+            return;
+        }
+        Form_Resize();
+        laidOut = true;
+        const Picture picture = ui.loadPicture(temporary);
+        ui.setPicture(picture);
+        ui.closeAllFiles();
+        ui.deleteFile(temporary);
+    } catch (const PlatformError& e) {
+        ui.closeAllFiles();
+        if (written) {
+            try {
+                ui.deleteFile(temporary);
+            } catch (const PlatformError&) {
+            }
+        }
+        kind = kindBefore;
+        ui.setCaption(captionBefore);
+        if (laidOut) Form_Resize();
+        showErrorBox(e.what());
+        menuson();
+        return;
+    }
+
+    const std::size_t slash = name.find_last_of(kPathSeparator);
+    std::string filePart = slash == std::string::npos ? name : name.substr(slash + 1);
+    std::transform(filePart.begin(), filePart.end(), filePart.begin(),
+                   [](unsigned char c) { return char(std::toupper(c)); });
+    ui.setCaption(filePart + " " + ui.caption());
+    nopicture = kFalse;
+    saved = kFalse;
+    menuson();
+}
+
+bool Viewer::Form_QueryUnload() {
+    if (stop == kFalse) return true;
+    bool refuse = false;
+    if (saved == kFalse && options.save == 1) {
+        const Answer a = ui.messageBox("Picture has not been saved do you wish to quit?", "Warning.",
+                                       Buttons::YesNo, Icon::Question);
+        if (a == Answer::No) refuse = true;
+    }
+    writeOptions(ui, options);
+    return refuse;
+}
+
+void Viewer::showAbout() {
+    ui.messageBox(std::string(kAppCaption) + "\nVersion 0.1, copyright the Velmoric developers.\n" +
+                      "Contact: the project's issue tracker.",
+                  "About.", Buttons::Ok, Icon::Information);
+}
+
+void Viewer::fmenu_Click(int index) {
+    switch (index) {
+    case 0: openpic(); break;
+    case 5:
+        if (unloadRequest) unloadRequest();
+        break;
+    default: break;
+    }
+}
+
+void Viewer::medit_Click(int index) {
+    if (index == 2 && optionsDialog) {
+        optionsDialog();
+        Form_Resize();
+    }
+}
+
+void Viewer::mhelp_Click(int index) {
+    if (index == 2) showAbout();
+}
+
+void Viewer::toolbarClick(const std::string& key) {
+    if (key == "open") {
+        openpic();
+    } else if (key == "pref") {
+        medit_Click(2);
+    }
+}
+
+}  // namespace velmoric

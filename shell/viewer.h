@@ -1,0 +1,85 @@
+#pragma once
+// The core of the main window: the current picture, the road from a file
+// name to a picture on show, the switch of the commands, start-up, layout,
+// commands and quitting. The Qt window holds one Viewer and forwards its
+// events here; tests drive it with the headless platform.
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "decoders/staging.h"
+#include "options/options.h"
+#include "platform/platform.h"
+#include "shell/formats.h"
+
+namespace velmoric {
+
+inline constexpr std::int16_t kTrue = -1;
+inline constexpr std::int16_t kFalse = 0;
+
+inline constexpr const char* kAppCaption = "Velmoric Picture Viewer.";
+inline constexpr const char* kOpenFilter =
+    "Atari Pictures|*.NEO;*.PI?;*.PC?;*.TN?;*.SPU;*.SPC;*.SPS;*.CA?;*.MAC|Neochrome Files (*.NEO)|*.NEO|"
+    "Degas Files (*.PI?)|*.PI?|Degas Compressed (*.PC?)|*.PC?|Spectrum (*.SPU)|*.SPU|"
+    "Spectrum Compressed (*.SPC)|*.SPC|Spectrum Smooshed (*.SPS)|*.SPS|Crack Art (*.CA?)|*.CA?|"
+    "Mac Paint (*.MAC)|*.MAC";
+
+// The name the command line gives: the last dot at position 9 or higher and
+// the three characters behind it end the name.
+std::string commandLineName(const std::string& cmd);
+
+// The text of the box when a name has no decoder or the decoder rejects it.
+std::string fileErrorText(const std::string& extension, const std::string& commandLine);
+// The text of the box for an error the platform reports.
+std::string errorBoxText(const std::string& systemText);
+
+class Viewer {
+public:
+    explicit Viewer(Platform& platform);
+
+    Platform& ui;
+    std::unique_ptr<Staging> staging;  // large: kept off the stack
+    Options options;                   // the option variables
+
+    // State of the current picture; flags are -1 for true and 0 for false.
+    std::int16_t kind = 0;
+    std::int16_t saved = 0;
+    std::int16_t nopicture = 0;
+    std::int16_t badfile = 0;
+    std::int16_t stop = 0;
+    std::int16_t openmode = 0;
+
+    // Start-up: first-run question, options, tables, state.
+    void Form_Load();
+    // The first tick of Timer1: show the window and open the command line's file.
+    void Timer1_Timer();
+    void openpic();
+    void menusoff();
+    void menuson();
+    void Image1_Click() { stop = kTrue; }
+    void Form_Resize();
+    // Returns true when the close is refused.
+    bool Form_QueryUnload();
+
+    // Commands by menu index or toolbar key; indexes and keys without a
+    // command do nothing.
+    void fmenu_Click(int index);
+    void medit_Click(int index);
+    void mhelp_Click(int index);
+    void toolbarClick(const std::string& key);
+    void showAbout();
+
+    // Set by the window to carry out what the core cannot do alone: unload
+    // the main window, show the options dialog. Null means not available.
+    std::function<void()> unloadRequest;
+    std::function<void()> optionsDialog;
+
+private:
+    // Reads the source, runs the decoder and leaves the bitmap in the
+    // temporary file, the caption in Label1 and the kind; or sets badfile.
+    void runDecoder(const Format& format);
+    void showErrorBox(const std::string& systemText);
+};
+
+}  // namespace velmoric

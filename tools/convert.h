@@ -1,0 +1,47 @@
+#pragma once
+// velmoric-convert: decodes picture files to Windows bitmaps or PNG files
+// without a window. Every file starts from a fresh state, so its output
+// depends on that file alone, whatever the order or the number of workers.
+#include <cstdint>
+#include <iosfwd>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velmoric {
+
+enum class OutputFormat { Bmp, Png };
+
+struct ConvertOptions {
+    std::string outputFolder;  // empty: beside each source
+    OutputFormat format = OutputFormat::Bmp;
+    int jobs = 0;              // 0: one for each core
+    bool recursive = false;
+    bool info = false;
+    bool quiet = false;
+    std::vector<std::string> inputs;
+};
+
+// The decode of one file from a fresh state.
+struct FileDecode {
+    bool ok = false;
+    std::string reason;     // why not, when !ok
+    std::string caption;    // the decoder's caption, leading blank included
+    int kind = 0;
+    int width = 0, height = 0;
+    std::vector<std::uint8_t> bitmap;  // the bytes of the temporary bitmap
+};
+
+FileDecode decodeFile(const std::string& path);
+
+// Parses the arguments after the program name; nullopt and a message on `err`
+// for bad usage.
+std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& args, std::ostream& err);
+
+std::string convertUsage();
+
+// Runs a whole conversion. Returns the exit status: 0 all converted, 1 any
+// failed, 2 bad usage.
+int runConvert(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, bool errIsTerminal);
+
+}  // namespace velmoric
