@@ -1,0 +1,2 @@
+// Filled in with its decoders.
+#include "decoders/decoder.h"

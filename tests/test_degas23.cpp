@@ -1,0 +1,2 @@
+// Tests of these decoders come with them.
+#include "support.h"
