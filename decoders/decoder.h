@@ -44,7 +44,7 @@ inline Decoded rejectedSource() { return Decoded{true, {}, {}, 0}; }
 // srcwords from index `first` on.
 inline void readWords(Staging& s, const Source& src, std::size_t first, std::size_t at, std::size_t count) {
     const bool inside = first + count <= kSrcWordsExtent && at + 2 * count <= src.bytes.size();
-    if (inside && std::endian::native == std::endian::little) {
+    if (inside) {
         std::memcpy(s.srcwords.data() + first, src.bytes.data() + at, 2 * count);
         return;
     }

@@ -1,28 +1,80 @@
 #include "decoders/staging.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 namespace velmoric {
 namespace {
 
-// spread[v] places the eight pixels of one plane byte (bit 7 leftmost) into
-// four bitmap bytes of two 4-bit pixels each, left pixel in the high nibble,
-// at bit 0 of its nibble. A plane p is then spread[v] << p. Used by both
-// merges: the medium layout puts plane 1 and 0 at bits 5,4 and 1,0, which is
-// the low layout with only two planes.
-constexpr std::array<std::uint32_t, 256> makeSpread() {
-    std::array<std::uint32_t, 256> t{};
-    for (unsigned v = 0; v < 256; ++v) {
-        std::uint32_t s = 0;
-        for (unsigned i = 0; i < 8; ++i)
-            if (v & (0x80u >> i)) s |= 1u << (8 * (i / 2) + ((i & 1) ? 0 : 4));
-        t[v] = s;
-    }
-    return t;
+// The merges turn bit planes into 4-bit pixels. Loaded as a little-endian
+// 64-bit number, one group of 16 pixels holds bit j of plane p (file byte
+// order, bit 7 of the first byte leftmost) at bit 16p + j. In the bitmap the
+// same 8 bytes want it at bit 4 * (j XOR 6) + p: the pixel's nibble, left
+// pixel high. That is a rotation of the 6-bit bit index by two places, done
+// as four swaps of index bits, followed by flipping index bits 3 and 4,
+// which reverses the bytes within each 32-bit half. No lookups and no
+// branches, so the row loops vectorise.
+struct DeltaSwap {
+    unsigned shift;
+    std::uint64_t mask;
+};
+
+// Swapping index bits a > b exchanges the bits at positions with (a, b) =
+// (0, 1) and their partners 2^a - 2^b higher.
+constexpr DeltaSwap indexBitSwap(unsigned a, unsigned b) {
+    std::uint64_t mask = 0;
+    for (unsigned i = 0; i < 64; ++i)
+        if (((i >> b) & 1) && !((i >> a) & 1)) mask |= std::uint64_t(1) << i;
+    return {(1u << a) - (1u << b), mask};
 }
-constexpr auto kSpread = makeSpread();
+
+constexpr DeltaSwap kSwaps[4] = {indexBitSwap(4, 2), indexBitSwap(2, 0), indexBitSwap(5, 3), indexBitSwap(3, 1)};
+
+inline std::uint64_t applySwap(std::uint64_t x, const DeltaSwap& s) {
+    const std::uint64_t t = ((x >> s.shift) ^ x) & s.mask;
+    return x ^ t ^ (t << s.shift);
+}
+
+inline std::uint64_t reverseBytesInHalves(std::uint64_t x) {
+    x = ((x >> 8) & 0x00FF00FF00FF00FFull) | ((x & 0x00FF00FF00FF00FFull) << 8);
+    return ((x >> 16) & 0x0000FFFF0000FFFFull) | ((x & 0x0000FFFF0000FFFFull) << 16);
+}
+
+inline std::uint64_t planesToNibbles(std::uint64_t x) {
+    for (const DeltaSwap& s : kSwaps) x = applySwap(x, s);
+    return reverseBytesInHalves(x);
+}
+
+inline std::uint64_t loadLe64(const std::uint8_t* p) {
+    std::uint64_t v;
+    std::memcpy(&v, p, 8);
+    return v;
+}
+
+inline std::uint64_t loadLe32(const std::uint8_t* p) {
+    std::uint32_t v;
+    std::memcpy(&v, p, 4);
+    return v;
+}
+
+inline void storeLe64(std::uint8_t* p, std::uint64_t v) { std::memcpy(p, &v, 8); }
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
+#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+#else
+#define VELMORIC_VECTOR_CLONES
+#endif
+
+// One row of `groups` groups of four (or, with `groupBytes` 4, two) plane
+// words into 8 bitmap bytes each.
+VELMORIC_VECTOR_CLONES
+void mergeRow(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
+    if (groupBytes == 8) {
+        for (std::size_t g = 0; g < groups; ++g) storeLe64(dst + 8 * g, planesToNibbles(loadLe64(src + 8 * g)));
+    } else {
+        for (std::size_t g = 0; g < groups; ++g) storeLe64(dst + 8 * g, planesToNibbles(loadLe32(src + 4 * g)));
+    }
+}
 
 struct HeaderFields {
     std::uint32_t fileSize, pixelOffset, width, height;
@@ -131,45 +183,34 @@ std::size_t rowCount(std::size_t topRow, std::size_t bottomRow, std::size_t step
 }
 }  // namespace
 
-void Staging::mergeLow(std::size_t topRow, std::size_t bottomRow) {
-    std::uint16_t* dst = lowbmp.data() + kColourPixelWord;
+// Rows whose words lie wholly inside srcwords go through the fast row
+// merge; a row that would reach past the extent reads zeros there.
+void Staging::mergeRows(std::size_t topRow, std::size_t bottomRow, std::uint16_t* bitmap, std::size_t rowWords,
+                        std::size_t groupBytes) {
     const std::size_t rows = rowCount(topRow, bottomRow, 80, 200);
-    for (std::size_t r = 0; r < rows; ++r, dst += 80) {
+    const std::size_t groups = 160 / groupBytes;
+    std::uint8_t* dst = reinterpret_cast<std::uint8_t*>(bitmap + kColourPixelWord);
+    std::uint8_t padded[160];
+    for (std::size_t r = 0; r < rows; ++r, dst += 2 * rowWords) {
         const std::size_t row = bottomRow - 80 * r;
-        for (std::size_t g = 0; g < 20; ++g) {
-            const std::size_t s = row + 4 * g;
-            std::uint32_t first = 0, second = 0;
-            for (unsigned p = 0; p < 4; ++p) {
-                const unsigned w = srcwords.get(s + p);
-                first |= kSpread[w & 0xFF] << p;
-                second |= kSpread[w >> 8] << p;
+        const std::uint8_t* src;
+        if (row + 80 <= kSrcWordsExtent) {
+            src = reinterpret_cast<const std::uint8_t*>(srcwords.data() + row);
+        } else {
+            for (std::size_t i = 0; i < 80; ++i) {
+                padded[2 * i] = std::uint8_t(srcwords.get(row + i));
+                padded[2 * i + 1] = std::uint8_t(srcwords.get(row + i) >> 8);
             }
-            std::uint16_t* d = dst + 4 * g;
-            d[0] = std::uint16_t(first);
-            d[1] = std::uint16_t(first >> 16);
-            d[2] = std::uint16_t(second);
-            d[3] = std::uint16_t(second >> 16);
+            src = padded;
         }
+        mergeRow(src, dst, groups, groupBytes);
     }
 }
 
+void Staging::mergeLow(std::size_t topRow, std::size_t bottomRow) { mergeRows(topRow, bottomRow, lowbmp.data(), 80, 8); }
+
 void Staging::mergeMedium(std::size_t topRow, std::size_t bottomRow) {
-    std::uint16_t* dst = medbmp.data() + kColourPixelWord;
-    const std::size_t rows = rowCount(topRow, bottomRow, 80, 200);
-    for (std::size_t r = 0; r < rows; ++r, dst += 160) {
-        const std::size_t row = bottomRow - 80 * r;
-        for (std::size_t k = 0; k < 40; ++k) {
-            const unsigned w0 = srcwords.get(row + 2 * k);
-            const unsigned w1 = srcwords.get(row + 2 * k + 1);
-            const std::uint32_t first = kSpread[w0 & 0xFF] | (kSpread[w1 & 0xFF] << 1);
-            const std::uint32_t second = kSpread[w0 >> 8] | (kSpread[w1 >> 8] << 1);
-            std::uint16_t* d = dst + 4 * k;
-            d[0] = std::uint16_t(first);
-            d[1] = std::uint16_t(first >> 16);
-            d[2] = std::uint16_t(second);
-            d[3] = std::uint16_t(second >> 16);
-        }
-    }
+    mergeRows(topRow, bottomRow, medbmp.data(), 160, 4);
 }
 
 void Staging::copyMono(std::size_t topRow, std::size_t bottomRow) {
@@ -185,16 +226,9 @@ void Staging::copyMono(std::size_t topRow, std::size_t bottomRow) {
     }
 }
 
+// The word arrays already hold the bitmap's byte image.
 std::span<const std::uint8_t> Staging::emitWords(const std::uint16_t* words, std::size_t count) {
-    if constexpr (std::endian::native == std::endian::little) {
-        std::memcpy(out.data(), words, 2 * count);
-    } else {
-        for (std::size_t i = 0; i < count; ++i) {
-            out[2 * i] = std::uint8_t(words[i]);
-            out[2 * i + 1] = std::uint8_t(words[i] >> 8);
-        }
-    }
-    return {out.data(), 2 * count};
+    return {reinterpret_cast<const std::uint8_t*>(words), 2 * count};
 }
 
 std::span<const std::uint8_t> Staging::emitLow() { return emitWords(lowbmp.data(), kLowBmpWords); }

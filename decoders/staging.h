@@ -4,12 +4,17 @@
 // an extent yields 0 and a store beyond it is dropped, so no input can reach
 // memory outside them.
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <span>
 #include <vector>
 
 namespace velmoric {
+
+// Word arrays hold the bytes of the bitmap files in memory order, low byte
+// first, which is the order of the file.
+static_assert(std::endian::native == std::endian::little, "the staging arrays assume a little-endian machine");
 
 inline constexpr std::size_t kSrcWordsExtent = 32767;
 inline constexpr std::size_t kLowBmpExtent = 16385;
@@ -63,8 +68,8 @@ struct Staging {
     FixedArray<std::uint8_t, 257 * 9 * 5> planebits;
     FixedArray<std::uint8_t, 257 * 3> stlevel;
 
-    // The finished bitmap file of the last decode. Sized once for the largest
-    // layout so that no decode allocates.
+    // The finished bitmap file of the last decode of a 24-bit or MacPaint
+    // picture. Sized once for the largest layout so that no decode allocates.
     std::vector<std::uint8_t> out;
 
     Staging();
@@ -91,12 +96,14 @@ struct Staging {
     void mergeMedium(std::size_t topRow, std::size_t bottomRow);
     void copyMono(std::size_t topRow, std::size_t bottomRow);
 
-    // The staged bitmaps as file bytes in `out`, headers included.
+    // The staged bitmaps as file bytes, headers included: views of the arrays.
     std::span<const std::uint8_t> emitLow();
     std::span<const std::uint8_t> emitMedium();
     std::span<const std::uint8_t> emitMono();
 
 private:
+    void mergeRows(std::size_t topRow, std::size_t bottomRow, std::uint16_t* bitmap, std::size_t rowWords,
+                   std::size_t groupBytes);
     std::span<const std::uint8_t> emitWords(const std::uint16_t* words, std::size_t count);
 };
 

@@ -37,6 +37,15 @@ std::string extensionOf(std::string_view name);
 // the rows whose decoder is built; null when there is none.
 const Format* findFormat(std::string_view extension);
 
+// The native size in pixels of a picture of each kind (1 to 4).
+struct NativeSize {
+    int width, height;
+};
+inline constexpr NativeSize nativeSizeOfKind(int kind) {
+    constexpr NativeSize sizes[] = {{320, 200}, {640, 200}, {640, 400}, {576, 720}};
+    return sizes[(kind >= 1 && kind <= 4) ? kind - 1 : 0];
+}
+
 // The largest source a decoder looks at: the extent of srcbytes.
 inline constexpr std::size_t kSourceLimit = kSrcBytesExtent;
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdlib>
 #include <filesystem>
 #include <mutex>
 #include <ostream>
@@ -70,15 +71,6 @@ std::vector<Job> collectJobs(const ConvertOptions& o) {
     return jobs;
 }
 
-std::string kindSize(int kind) {
-    switch (kind) {
-    case 2: return "640x200";
-    case 3: return "640x400";
-    case 4: return "576x720";
-    default: return "320x200";
-    }
-}
-
 JobResult runJob(const ConvertOptions& o, const Job& job) {
     JobResult r;
     r.done = true;
@@ -138,9 +130,8 @@ FileDecode decodeFile(const std::string& path) {
     d.caption = std::string(result.caption);
     d.kind = result.kind;
     d.bitmap.assign(result.bitmap.begin(), result.bitmap.end());
-    const std::string size = kindSize(result.kind);
-    d.width = std::stoi(size.substr(0, size.find('x')));
-    d.height = std::stoi(size.substr(size.find('x') + 1));
+    d.width = nativeSizeOfKind(result.kind).width;
+    d.height = nativeSizeOfKind(result.kind).height;
     return d;
 }
 
