@@ -1,0 +1,3 @@
+#include "fuzz/fuzz_decoder.h"
+
+VELMORIC_FUZZ_TARGET("MAC")
