@@ -1,0 +1,60 @@
+// Random and truncated files of every extension, opened one after another in
+// one viewer: each ends in a picture or in a message, and a message leaves
+// the previous picture on show.
+#include "platform/headless.h"
+#include "shell/viewer.h"
+#include "support.h"
+
+using namespace velmoric;
+
+namespace {
+
+// Lengths around the sizes the formats use, and some that fit none.
+constexpr std::size_t kLengths[] = {0, 1, 3, 34, 129, 513, 4097, 32033, 32034, 32128, 51104, 70000};
+
+TEST(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
+    vtest::TempDir dir;
+    HeadlessPlatform ui;
+    ui.setProgramFolder(dir.path().string());
+    ui.registeredExtensions.insert("spu");
+    Viewer v(ui);
+    v.Form_Load();
+
+    std::uint32_t seed = 1;
+    int pictures = 0, messages = 0;
+    for (const Format& f : formatTable()) {
+        if (!f.decode) continue;
+        for (std::size_t length : kLengths) {
+            for (bool zeros : {false, true}) {
+                const std::string path = dir.file("f" + std::to_string(seed) + "." + std::string(f.lower));
+                vtest::writeFile(path, zeros ? vtest::Bytes(length, 0) : vtest::randomBytes(length, seed));
+                ++seed;
+                const Picture before = ui.image;
+                const std::string captionBefore = ui.label;
+                const std::size_t messagesBefore = ui.messages.size();
+                ui.setFileName(path);
+                v.openmode = 2;
+                v.openpic();
+                v.openmode = 0;
+                ASSERT_TRUE(ui.allCommandsEnabled()) << path;
+                if (ui.messages.size() == messagesBefore) {
+                    ++pictures;
+                    EXPECT_FALSE(ui.image.empty()) << path;
+                    EXPECT_EQ(ui.label.find(std::string(f.upper)), ui.label.find('.') + 1) << ui.label;
+                } else {
+                    ++messages;
+                    EXPECT_EQ(ui.messages.size(), messagesBefore + 1) << path;
+                    EXPECT_TRUE(ui.image == before) << path;
+                    EXPECT_EQ(ui.label, captionBefore) << path;
+                }
+            }
+        }
+    }
+    EXPECT_GT(pictures, 0);
+    // Only the Spectrum length test and the Tiny resolution byte refuse files.
+    if (findFormat("SPU")) {
+        EXPECT_GT(messages, 0);
+    }
+}
+
+}  // namespace
