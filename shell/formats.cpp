@@ -29,10 +29,10 @@ constexpr Format kFormats[] = {
     {"SPU", "spu", "spec", {}, nullptr, "Spectrum 512", 1, "image/x-velmoric-spu"},
     {"SPC", "spc", "specc", {}, nullptr, "Spectrum 512 compressed", 1, "image/x-velmoric-spc"},
     {"SPS", "sps", "specs", {}, nullptr, "Spectrum 512 smooshed", 1, "image/x-velmoric-sps"},
-    {"CA1", "ca1", "crack1", {}, nullptr, "Crack Art low resolution", 1, "image/x-velmoric-ca1"},
-    {"CA2", "ca2", "crack2", {}, nullptr, "Crack Art medium resolution", 2, "image/x-velmoric-ca2"},
-    {"CA3", "ca3", "crack3", {}, nullptr, "Crack Art high resolution", 3, "image/x-velmoric-ca3"},
-    {"MAC", "mac", "hmac", {}, nullptr, "MacPaint", 4, "image/x-velmoric-mac"},
+    {"CA1", "ca1", "crack1", {}, plain<crack1>, "Crack Art low resolution", 1, "image/x-velmoric-ca1"},
+    {"CA2", "ca2", "crack2", {}, plain<crack2>, "Crack Art medium resolution", 2, "image/x-velmoric-ca2"},
+    {"CA3", "ca3", "crack3", {}, plain<crack3>, "Crack Art high resolution", 3, "image/x-velmoric-ca3"},
+    {"MAC", "mac", "hmac", {}, plain<hmac>, "MacPaint", 4, "image/x-velmoric-mac"},
 };
 
 }  // namespace
