@@ -1,0 +1,448 @@
+#include "platform/xdg_association.h"
+
+#include <fcntl.h>
+#include <pwd.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <map>
+#include <set>
+#include <sstream>
+
+#include "platform/files.h"
+
+extern char** environ;
+
+namespace velmoric::xdg {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kDefaultGroup = "Default Applications";
+constexpr std::string_view kAddedGroup = "Added Associations";
+constexpr const char* kApplicationName = "Velmoric Picture Viewer";
+constexpr const char* kIcon = "image-x-generic";
+// Above the default weight of 50, so that our types win over another
+// program's claim on the same extension (.spc is also a certificate type):
+// a Yes to the question hands the extensions to this viewer.
+constexpr int kGlobWeight = 60;
+
+// ---- Text helpers ------------------------------------------------------------
+
+std::string_view trim(std::string_view s) {
+    const auto first = s.find_first_not_of(" \t\r");
+    if (first == std::string_view::npos) return {};
+    const auto last = s.find_last_not_of(" \t\r");
+    return s.substr(first, last - first + 1);
+}
+
+std::vector<std::string_view> split(std::string_view s, char by) {
+    std::vector<std::string_view> out;
+    std::size_t at = 0;
+    for (;;) {
+        const auto next = s.find(by, at);
+        out.push_back(s.substr(at, next == std::string_view::npos ? std::string_view::npos : next - at));
+        if (next == std::string_view::npos) return out;
+        at = next + 1;
+    }
+}
+
+char asciiLower(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
+
+std::string asciiUpper(std::string_view s) {
+    std::string out(s);
+    for (char& c : out)
+        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
+    return out;
+}
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i)
+        if (asciiLower(a[i]) != asciiLower(b[i])) return false;
+    return true;
+}
+
+std::string xmlEscaped(std::string_view s) {
+    std::string out;
+    for (char c : s) {
+        switch (c) {
+            case '&': out += "&amp;"; break;
+            case '<': out += "&lt;"; break;
+            case '>': out += "&gt;"; break;
+            case '"': out += "&quot;"; break;
+            default: out += c;
+        }
+    }
+    return out;
+}
+
+// The escapes that every string value of a desktop file takes.
+std::string desktopEscaped(std::string_view s) {
+    std::string out;
+    for (char c : s) {
+        switch (c) {
+            case '\\': out += "\\\\"; break;
+            case '\n': out += "\\n"; break;
+            case '\t': out += "\\t"; break;
+            case '\r': out += "\\r"; break;
+            default: out += c;
+        }
+    }
+    return out;
+}
+
+// One argument of an Exec line, quoted when it holds a reserved character.
+std::string execArgument(std::string_view arg) {
+    constexpr std::string_view kReserved = " \t\n\"'\\><~|&;$*?#()`";
+    std::string out;
+    for (char c : arg) {
+        if (c == '%') out += '%';  // a literal percent is written twice
+        out += c;
+    }
+    if (out.find_first_of(kReserved) == std::string::npos) return out;
+    std::string quoted = "\"";
+    for (char c : out) {
+        if (c == '"' || c == '`' || c == '$' || c == '\\') quoted += '\\';
+        quoted += c;
+    }
+    return quoted + "\"";
+}
+
+std::string typeList(const Association& association) {
+    std::string out;
+    for (const auto& t : association.types) out += t.mimeType + ";";
+    return out;
+}
+
+std::string desktopId(const Association& association) { return association.className + ".desktop"; }
+
+// ---- Environment -----------------------------------------------------------
+
+// An XDG variable counts only when it holds an absolute path.
+std::string absoluteFromEnvironment(const char* name) {
+    const char* v = std::getenv(name);
+    return (v && v[0] == '/') ? std::string(v) : std::string();
+}
+
+std::string homeFolder() {
+    if (const char* home = std::getenv("HOME"); home && *home) return home;
+    if (const passwd* pw = ::getpwuid(::getuid()); pw && pw->pw_dir) return pw->pw_dir;
+    return "/";
+}
+
+std::string readTextQuietly(const std::string& path) {
+    std::ifstream f(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(f), {});
+}
+
+std::string readTextIfPresent(const std::string& path) {
+    std::error_code ec;
+    if (!fs::exists(path, ec)) return {};
+    const auto bytes = files::readWhole(path);
+    return std::string(bytes.begin(), bytes.end());
+}
+
+// ---- mimeapps.list ---------------------------------------------------------
+
+std::string ourValue(const Association& association, std::string_view group, std::string_view oldValue) {
+    const std::string id = desktopId(association);
+    std::string value = id + ";";
+    if (group != kAddedGroup) return value;
+    // Added associations list every program offered for the type: keep the others behind ours.
+    for (std::string_view other : split(oldValue, ';')) {
+        other = trim(other);
+        if (!other.empty() && other != id) value += std::string(other) + ";";
+    }
+    return value;
+}
+
+bool isOurGroup(std::string_view group) { return group == kDefaultGroup || group == kAddedGroup; }
+
+// Rewrites the lines of mimeapps.list group by group. Our keys are replaced
+// where they stand, repeated keys dropped, and missing ones added at the end
+// of the first section of each of the two groups.
+class MimeAppsMerger {
+public:
+    explicit MimeAppsMerger(const Association& a) : a_(a) {
+        for (const auto& t : a.types) types_.insert(t.mimeType);
+    }
+
+    std::string merge(std::string_view existing) {
+        if (!existing.empty() && existing.back() == '\n') existing.remove_suffix(1);
+        if (!existing.empty())
+            for (std::string_view line : split(existing, '\n')) take(line);
+        closeSection();
+        for (std::string_view group : {kDefaultGroup, kAddedGroup})
+            if (!finished_.count(std::string(group))) appendGroup(group);
+        std::string out;
+        for (const auto& line : lines_) out += line + "\n";
+        return out;
+    }
+
+private:
+    void take(std::string_view line) {
+        const std::string_view t = trim(line);
+        if (t.size() >= 2 && t.front() == '[' && t.back() == ']') {
+            closeSection();
+            group_ = std::string(t.substr(1, t.size() - 2));
+            sectionStart_ = lines_.size() + 1;
+            lines_.emplace_back(line);
+            return;
+        }
+        const auto eq = t.find('=');
+        if (!isOurGroup(group_) || t.empty() || t.front() == '#' || eq == std::string_view::npos) {
+            lines_.emplace_back(line);
+            return;
+        }
+        const std::string key(trim(t.substr(0, eq)));
+        if (!types_.count(key)) {
+            lines_.emplace_back(line);
+            return;
+        }
+        auto& seen = seen_[group_];
+        if (seen.insert(key).second) lines_.push_back(key + "=" + ourValue(a_, group_, t.substr(eq + 1)));
+    }
+
+    // At the end of a section of one of our groups, adds the keys it lacked.
+    void closeSection() {
+        if (!isOurGroup(group_) || !finished_.insert(group_).second) return;
+        std::size_t at = lines_.size();
+        while (at > sectionStart_ && trim(lines_[at - 1]).empty()) --at;
+        std::vector<std::string> missing;
+        for (const auto& t : a_.types)
+            if (seen_[group_].insert(t.mimeType).second)
+                missing.push_back(t.mimeType + "=" + ourValue(a_, group_, ""));
+        lines_.insert(lines_.begin() + std::ptrdiff_t(at), missing.begin(), missing.end());
+    }
+
+    void appendGroup(std::string_view group) {
+        if (!lines_.empty() && !trim(lines_.back()).empty()) lines_.emplace_back();
+        lines_.push_back("[" + std::string(group) + "]");
+        for (const auto& t : a_.types) lines_.push_back(t.mimeType + "=" + ourValue(a_, group, ""));
+        finished_.insert(std::string(group));
+    }
+
+    const Association& a_;
+    std::set<std::string> types_;
+    std::vector<std::string> lines_;
+    std::string group_;
+    std::size_t sectionStart_ = 0;
+    std::map<std::string, std::set<std::string>> seen_;
+    std::set<std::string> finished_;
+};
+
+// ---- Files and processes -----------------------------------------------------
+
+[[noreturn]] void fail(const std::string& path, const char* what, int err) {
+    throw PlatformError(path, std::string(what) + ": " + std::strerror(err));
+}
+
+std::string resolvedTarget(const std::string& path) {
+    std::error_code ec;
+    if (!fs::is_symlink(path, ec)) return path;
+    const auto target = fs::canonical(path, ec);
+    return ec ? path : target.string();
+}
+
+void makeFolder(const fs::path& folder) {
+    std::error_code ec;
+    fs::create_directories(folder, ec);
+    if (ec) throw PlatformError(folder.string(), "cannot create folder: " + ec.message());
+}
+
+void writeAllTo(int fd, const std::string& path, std::string_view text) {
+    while (!text.empty()) {
+        const ssize_t n = ::write(fd, text.data(), text.size());
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) fail(path, "cannot write", n < 0 ? errno : EIO);
+        text.remove_prefix(std::size_t(n));
+    }
+    if (::fsync(fd) != 0) fail(path, "cannot write", errno);
+}
+
+// Writes into a fresh file beside the target and renames it over the target.
+void writeThroughTemporary(const std::string& target, std::string_view text) {
+    const fs::path t(target);
+    std::string temp = (t.parent_path() / ("." + t.filename().string() + ".XXXXXX")).string();
+    const int fd = ::mkstemp(temp.data());
+    if (fd < 0) fail(target, "cannot write", errno);
+    try {
+        struct stat st {};
+        const mode_t mode = ::stat(target.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0644;
+        if (::fchmod(fd, mode) != 0) fail(target, "cannot write", errno);
+        writeAllTo(fd, target, text);
+    } catch (...) {
+        ::close(fd);
+        ::unlink(temp.c_str());
+        throw;
+    }
+    if (::close(fd) != 0) {
+        const int err = errno;
+        ::unlink(temp.c_str());
+        fail(target, "cannot write", err);
+    }
+    if (::rename(temp.c_str(), target.c_str()) != 0) {
+        const int err = errno;
+        ::unlink(temp.c_str());
+        fail(target, "cannot write", err);
+    }
+}
+
+// Starts a program with its arguments, no shell between, and waits for it.
+// Its output goes nowhere and its exit status is not looked at.
+void runQuietly(const std::string& program, const std::vector<std::string>& args) {
+    std::vector<char*> argv;
+    std::vector<std::string> owned = args;
+    owned.insert(owned.begin(), program);
+    for (auto& a : owned) argv.push_back(a.data());
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    const int rc = ::posix_spawn(&pid, program.c_str(), &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (rc != 0) return;
+    int status = 0;
+    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+}
+
+void runIfPresent(const std::string& name, const std::string& folder) {
+    const std::string program = findOnPath(name);
+    if (!program.empty()) runQuietly(program, {folder});
+}
+
+}  // namespace
+
+// ---- Public pieces -------------------------------------------------------------
+
+Folders foldersFromEnvironment() {
+    Folders f;
+    const std::string home = homeFolder();
+    f.dataHome = absoluteFromEnvironment("XDG_DATA_HOME");
+    if (f.dataHome.empty()) f.dataHome = (fs::path(home) / ".local/share").string();
+    f.configHome = absoluteFromEnvironment("XDG_CONFIG_HOME");
+    if (f.configHome.empty()) f.configHome = (fs::path(home) / ".config").string();
+    if (const char* dirs = std::getenv("XDG_DATA_DIRS"))
+        for (std::string_view d : split(dirs, ':'))
+            if (!d.empty() && d.front() == '/') f.dataDirs.emplace_back(d);
+    if (f.dataDirs.empty()) f.dataDirs = {"/usr/local/share", "/usr/share"};
+    return f;
+}
+
+bool globsTextHas(std::string_view globs2, std::string_view extension) {
+    const std::string wanted = "*." + std::string(extension);
+    for (std::string_view line : split(globs2, '\n')) {
+        if (line.empty() || line.front() == '#') continue;
+        const auto fields = split(line, ':');
+        if (fields.size() >= 3 && equalsIgnoringCase(trim(fields[2]), wanted)) return true;
+    }
+    return false;
+}
+
+bool globKnownIn(const Folders& folders, std::string_view extension) {
+    std::vector<std::string> roots = {folders.dataHome};
+    roots.insert(roots.end(), folders.dataDirs.begin(), folders.dataDirs.end());
+    for (const auto& root : roots)
+        if (globsTextHas(readTextQuietly((fs::path(root) / "mime/globs2").string()), extension)) return true;
+    return false;
+}
+
+std::string mimePackageText(const Association& association) {
+    std::ostringstream out;
+    out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        << "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n";
+    for (const auto& t : association.types) {
+        out << "  <mime-type type=\"" << xmlEscaped(t.mimeType) << "\">\n"
+            << "    <comment>" << xmlEscaped(association.comment) << "</comment>\n";
+        for (const std::string& ext : {t.extension, asciiUpper(t.extension)})
+            out << "    <glob pattern=\"*." << xmlEscaped(ext) << "\" weight=\"" << kGlobWeight << "\"/>\n";
+        out << "  </mime-type>\n";
+    }
+    out << "</mime-info>\n";
+    return out.str();
+}
+
+std::string execValue(const std::string& command) {
+    constexpr std::string_view kFileCode = " %f";
+    std::string_view program = command;
+    const bool withFile = program.size() >= kFileCode.size() && program.ends_with(kFileCode);
+    if (withFile) program.remove_suffix(kFileCode.size());
+    return execArgument(program) + (withFile ? std::string(kFileCode) : std::string());
+}
+
+std::string desktopEntryText(const Association& association) {
+    return "[Desktop Entry]\n"
+           "Type=Application\n"
+           "Name=" + std::string(kApplicationName) + "\n"
+           "Comment=" + desktopEscaped(association.comment) + "\n"
+           "Exec=" + desktopEscaped(execValue(association.command)) + "\n"
+           "Icon=" + kIcon + "\n"
+           "Terminal=false\n"
+           "Categories=Graphics;Viewer;\n"
+           "MimeType=" + typeList(association) + "\n";
+}
+
+std::string mergedMimeApps(std::string_view existing, const Association& association) {
+    return MimeAppsMerger(association).merge(existing);
+}
+
+std::string mimePackagePath(const Folders& folders, const Association& association) {
+    return (fs::path(folders.dataHome) / "mime/packages" / (association.className + ".xml")).string();
+}
+
+std::string desktopEntryPath(const Folders& folders, const Association& association) {
+    return (fs::path(folders.dataHome) / "applications" / desktopId(association)).string();
+}
+
+std::string mimeAppsPath(const Folders& folders) { return (fs::path(folders.configHome) / "mimeapps.list").string(); }
+
+void writeAssociationFiles(const Folders& folders, const Association& association) {
+    replaceFile(mimePackagePath(folders, association), mimePackageText(association));
+    replaceFile(desktopEntryPath(folders, association), desktopEntryText(association));
+    const std::string apps = mimeAppsPath(folders);
+    replaceFile(apps, mergedMimeApps(readTextIfPresent(apps), association));
+}
+
+void runUpdateTools(const Folders& folders) {
+    runIfPresent("update-mime-database", (fs::path(folders.dataHome) / "mime").string());
+    runIfPresent("update-desktop-database", (fs::path(folders.dataHome) / "applications").string());
+}
+
+void replaceFile(const std::string& path, std::string_view text) {
+    const std::string target = resolvedTarget(path);
+    makeFolder(fs::path(target).parent_path());
+    writeThroughTemporary(target, text);
+}
+
+std::string findOnPath(const std::string& program) {
+    const char* path = std::getenv("PATH");
+    for (std::string_view dir : split(path ? path : "/usr/local/bin:/usr/bin:/bin", ':')) {
+        if (dir.empty()) continue;
+        const std::string candidate = (fs::path(dir) / program).string();
+        struct stat st {};
+        if (::stat(candidate.c_str(), &st) == 0 && S_ISREG(st.st_mode) && ::access(candidate.c_str(), X_OK) == 0)
+            return candidate;
+    }
+    return {};
+}
+
+bool globKnown(const std::string& extension) { return globKnownIn(foldersFromEnvironment(), extension); }
+
+void writeAssociation(const Association& association) {
+    const Folders folders = foldersFromEnvironment();
+    writeAssociationFiles(folders, association);
+    runUpdateTools(folders);
+}
+
+}  // namespace velmoric::xdg
