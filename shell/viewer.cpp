@@ -177,8 +177,9 @@ void Viewer::fmenu_Click(int index) {
 }
 
 void Viewer::medit_Click(int index) {
-    if (index == 2 && optionsDialog) {
-        optionsDialog();
+    if (index == 2) {
+        if (optionsDialog) optionsDialog();
+        // `size` may have changed in the dialog.
         Form_Resize();
     }
 }

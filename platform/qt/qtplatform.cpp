@@ -1,0 +1,284 @@
+#include "platform/qt/qtplatform.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileDialog>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSettings>
+#include <algorithm>
+#include <cmath>
+
+#include "platform/qt/form1.h"
+#include "platform/xdg_association.h"
+
+namespace velmoric::qt {
+namespace {
+
+// How long a size asked for may stay unconfirmed before the window's own
+// size counts again (a window manager may ignore or change a request).
+constexpr int kRequestLifetimeMs = 1000;
+
+QMessageBox::Icon boxIcon(Icon icon) {
+    switch (icon) {
+    case Icon::Exclamation: return QMessageBox::Warning;
+    case Icon::Question: return QMessageBox::Question;
+    case Icon::Information: return QMessageBox::Information;
+    case Icon::None: break;
+    }
+    return QMessageBox::NoIcon;
+}
+
+// A carriage return alone ends a line on the platform the texts were
+// written for; Qt wants a line feed.
+QString displayText(const std::string& text) {
+    QString shown = QString::fromStdString(text);
+    shown.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    shown.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    return shown;
+}
+
+QSettings openStore(const std::string& app) {
+    const QString name = QString::fromStdString(app);
+    return QSettings(QSettings::IniFormat, QSettings::UserScope, name, name);
+}
+
+}  // namespace
+
+QString caseInsensitivePattern(const QString& pattern) {
+    QString out;
+    for (const QChar c : pattern) {
+        if (c.isLetter() && c.toUpper() != c.toLower())
+            out += QLatin1Char('[') + c.toUpper() + c.toLower() + QLatin1Char(']');
+        else
+            out += c;
+    }
+    return out;
+}
+
+QStringList nameFiltersFor(const std::string& filter) {
+    const QStringList parts = QString::fromStdString(filter).split(QLatin1Char('|'));
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        QStringList patterns;
+        for (const QString& p : parts[i + 1].split(QLatin1Char(';'), Qt::SkipEmptyParts))
+            patterns << caseInsensitivePattern(p.trimmed());
+        filters << parts[i] + QStringLiteral(" (") + patterns.join(QLatin1Char(' ')) + QLatin1Char(')');
+    }
+    return filters;
+}
+
+int twipsToPixels(int twips) { return int(std::lround(twips / 15.0)); }
+
+QtPlatform::QtPlatform(std::vector<std::string> arguments) : arguments_(std::move(arguments)) {
+    expiry_.setSingleShot(true);
+    expiry_.setInterval(kRequestLifetimeMs);
+    QObject::connect(&expiry_, &QTimer::timeout, [this] { requestsExpired(); });
+}
+
+std::string QtPlatform::commandLine() {
+    std::string line;
+    for (const std::string& argument : arguments_) {
+        if (!line.empty()) line += ' ';
+        line += argument;
+    }
+    return line;
+}
+
+// ---- User interface ---------------------------------------------------------
+
+Answer QtPlatform::messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) {
+    QWidget* parent = form_ && form_->isVisible() ? form_ : nullptr;
+    QMessageBox box(boxIcon(icon), QString::fromStdString(title), displayText(text), QMessageBox::NoButton, parent);
+    box.setTextFormat(Qt::PlainText);
+    if (buttons == Buttons::YesNo) {
+        box.setStandardButtons(QMessageBox::Yes | QMessageBox::No);
+        box.setDefaultButton(QMessageBox::Yes);
+        box.setEscapeButton(QMessageBox::No);
+    } else {
+        box.setStandardButtons(QMessageBox::Ok);
+    }
+    const int pressed = box.exec();
+    if (buttons == Buttons::Ok) return Answer::Ok;
+    return pressed == QMessageBox::Yes ? Answer::Yes : Answer::No;
+}
+
+void QtPlatform::yield() { QCoreApplication::processEvents(); }
+
+void QtPlatform::repaint() {
+    if (form_) form_->repaint();
+}
+
+void QtPlatform::runFileSelector(const FileSelector& settings) {
+    fileName_.clear();
+    QFileDialog dialog(form_ && form_->isVisible() ? form_ : nullptr, QString::fromStdString(settings.title));
+    // Qt's own dialog: the patterns with their character sets work the same
+    // everywhere, and the descriptions already show the patterns.
+    dialog.setOption(QFileDialog::DontUseNativeDialog);
+    dialog.setOption(QFileDialog::HideNameFilterDetails);
+    dialog.setAcceptMode(QFileDialog::AcceptOpen);
+    constexpr int kFileMustExist = 0x1000;
+    dialog.setFileMode((settings.flags & kFileMustExist) ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
+    const QStringList filters = nameFiltersFor(settings.filter);
+    dialog.setNameFilters(filters);
+    if (settings.filterIndex >= 1 && settings.filterIndex <= filters.size())
+        dialog.selectNameFilter(filters[settings.filterIndex - 1]);
+    if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
+    fileName_ = QFile::encodeName(dialog.selectedFiles().first()).toStdString();
+}
+
+Picture QtPlatform::picture() { return form_ ? form_->image1()->picture() : Picture(); }
+
+void QtPlatform::setPicture(const Picture& picture) {
+    if (form_) form_->image1()->setPicture(picture);
+}
+
+std::string QtPlatform::caption() { return form_ ? form_->label1()->text().toStdString() : std::string(); }
+
+void QtPlatform::setCaption(const std::string& text) {
+    if (form_) form_->label1()->setText(QString::fromStdString(text));
+}
+
+void QtPlatform::setMenuEnabled(int index, bool enabled) {
+    if (form_ && index >= 0 && index < 4) form_->mfile(index)->menuAction()->setEnabled(enabled);
+}
+
+void QtPlatform::setToolbarEnabled(bool enabled) {
+    if (form_) form_->toolbar1()->setEnabled(enabled);
+}
+
+void QtPlatform::setTimerEnabled(bool enabled) {
+    if (!form_) return;
+    if (enabled)
+        form_->timer1()->start();
+    else
+        form_->timer1()->stop();
+}
+
+void QtPlatform::showWindow() {
+    if (form_) form_->show();
+}
+
+// ---- Window measures --------------------------------------------------------
+
+WindowState QtPlatform::windowState() {
+    if (!form_) return WindowState::Normal;
+    const Qt::WindowStates state = form_->windowState();
+    if (state & Qt::WindowMinimized) return WindowState::Minimised;
+    if (state & (Qt::WindowMaximized | Qt::WindowFullScreen)) return WindowState::Maximised;
+    return WindowState::Normal;
+}
+
+QSize QtPlatform::windowSize() const {
+    if (!requested_.empty()) return requested_.back();
+    return form_ ? form_->size() : QSize();
+}
+
+QSize QtPlatform::frameSize() const {
+    if (!form_ || !form_->isVisible()) return {};
+    const QSize outer = form_->frameGeometry().size();
+    const QSize inner = form_->geometry().size();
+    return {std::max(0, outer.width() - inner.width()), std::max(0, outer.height() - inner.height())};
+}
+
+int QtPlatform::outerWidth() { return pixelsToTwips(windowSize().width() + frameSize().width()); }
+int QtPlatform::outerHeight() { return pixelsToTwips(windowSize().height() + frameSize().height()); }
+
+void QtPlatform::setOuterWidth(int twips) {
+    const int width = std::max(1, twipsToPixels(twips) - frameSize().width());
+    requestWindowSize({width, windowSize().height()});
+}
+
+void QtPlatform::setOuterHeight(int twips) {
+    const int height = std::max(1, twipsToPixels(twips) - frameSize().height());
+    requestWindowSize({windowSize().width(), height});
+}
+
+int QtPlatform::clientWidth() { return windowSize().width(); }
+
+int QtPlatform::clientHeight() {
+    if (!form_) return 0;
+    const QSize size = windowSize();
+    return std::max(0, size.height() - form_->menuBarHeightFor(size.width()));
+}
+
+int QtPlatform::imageTop() { return form_ ? form_->image1()->y() : 0; }
+
+void QtPlatform::setImageSize(int width, int height) {
+    if (form_) form_->image1()->resize(std::max(0, width), std::max(0, height));
+}
+
+void QtPlatform::setLabelWidth(int width) {
+    if (form_) form_->label1()->resize(std::max(0, width), form_->label1()->height());
+}
+
+void QtPlatform::requestWindowSize(QSize size) {
+    if (!form_ || size == windowSize()) return;  // no change, no further resize
+    if (form_->isVisible()) {
+        requested_.push_back(size);
+        expiry_.start();
+    }
+    form_->resize(size);
+}
+
+bool QtPlatform::windowSizeReported(QSize size) {
+    if (requested_.empty()) return true;
+    const auto match = std::find(requested_.begin(), requested_.end(), size);
+    if (match == requested_.end() || match + 1 == requested_.end()) {
+        // Either the last request is confirmed, or the size came from
+        // elsewhere (the user, the window manager): it counts from now on.
+        forgetRequests();
+        return true;
+    }
+    requested_.erase(requested_.begin(), match + 1);
+    return false;
+}
+
+void QtPlatform::forgetRequests() {
+    requested_.clear();
+    expiry_.stop();
+}
+
+void QtPlatform::requestsExpired() {
+    if (requested_.empty() || !form_) return;
+    const QSize wanted = requested_.back();
+    forgetRequests();
+    // Lay out once more with the size the window really got, but do not
+    // keep asking for a size the window manager refuses.
+    if (form_->size() != wanted && wanted != refused_) {
+        refused_ = wanted;
+        form_->viewer().Form_Resize();
+    }
+}
+
+// ---- Settings store -----------------------------------------------------------
+
+std::optional<std::string> QtPlatform::readSetting(const std::string& app, const std::string& section,
+                                                   const std::string& key) {
+    QSettings store = openStore(app);
+    store.beginGroup(QString::fromStdString(section));
+    const QVariant value = store.value(QString::fromStdString(key));
+    if (!value.isValid()) return std::nullopt;
+    return value.toString().toStdString();
+}
+
+void QtPlatform::writeSetting(const std::string& app, const std::string& section, const std::string& key,
+                              const std::string& value) {
+    QSettings store = openStore(app);
+    store.beginGroup(QString::fromStdString(section));
+    store.setValue(QString::fromStdString(key), QString::fromStdString(value));
+}
+
+// ---- File association -----------------------------------------------------------
+
+bool QtPlatform::extensionRegistered(const std::string& extension) { return xdg::globKnown(extension); }
+
+void QtPlatform::registerAssociation(const Association& association) {
+    try {
+        xdg::writeAssociation(association);
+    } catch (const std::exception&) {
+        // Not reported: the question simply comes again at the next start.
+    }
+}
+
+}  // namespace velmoric::qt

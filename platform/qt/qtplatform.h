@@ -1,0 +1,99 @@
+#pragma once
+// The platform on Qt Widgets: the window `Form1` and its controls, message
+// boxes, the open dialog, the settings store on QSettings and the file
+// association of the Linux desktop. Files come from LocalFilesPlatform.
+#include <QSize>
+#include <QStringList>
+#include <QTimer>
+#include <vector>
+
+#include "platform/localfiles.h"
+
+namespace velmoric::qt {
+
+class Form1;
+
+// Turns "Description|pattern;pattern|Description|pattern" into the name
+// filters of a file dialog. Every letter of a pattern matches in either case,
+// as names do on the platform the filter string was written for.
+QStringList nameFiltersFor(const std::string& filter);
+QString caseInsensitivePattern(const QString& pattern);
+
+// Twips to pixels at 15 twips a pixel, to the nearest pixel.
+int twipsToPixels(int twips);
+
+class QtPlatform : public LocalFilesPlatform {
+public:
+    // `arguments`: the program's arguments behind its name, as given.
+    explicit QtPlatform(std::vector<std::string> arguments);
+
+    // The window whose measures and controls this platform drives.
+    void attach(Form1* form) { form_ = form; }
+
+    std::string commandLine() override;
+
+    Answer messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) override;
+    void yield() override;
+    void repaint() override;
+    void runFileSelector(const FileSelector& settings) override;
+    std::string fileName() override { return fileName_; }
+    void setFileName(const std::string& name) override { fileName_ = name; }
+    Picture picture() override;
+    void setPicture(const Picture& picture) override;
+    std::string caption() override;
+    void setCaption(const std::string& text) override;
+    void setMenuEnabled(int index, bool enabled) override;
+    void setToolbarEnabled(bool enabled) override;
+    void setTimerEnabled(bool enabled) override;
+    void showWindow() override;
+
+    WindowState windowState() override;
+    int outerWidth() override;
+    int outerHeight() override;
+    void setOuterWidth(int twips) override;
+    void setOuterHeight(int twips) override;
+    int clientWidth() override;
+    int clientHeight() override;
+    int pixelsToTwips(int pixels) override { return pixels * 15; }
+    int imageTop() override;
+    void setImageSize(int width, int height) override;
+    void setLabelWidth(int width) override;
+
+    std::optional<std::string> readSetting(const std::string& app, const std::string& section,
+                                           const std::string& key) override;
+    void writeSetting(const std::string& app, const std::string& section, const std::string& key,
+                      const std::string& value) override;
+
+    bool extensionRegistered(const std::string& extension) override;
+    void registerAssociation(const Association& association) override;
+
+    // ---- Reports from the window -------------------------------------------
+    // The window system reports the window's size. False when the report only
+    // echoes an earlier size this platform asked for on the way to a later
+    // one; the layout must not run on such a stale size.
+    bool windowSizeReported(QSize size);
+    // The window was minimised, maximised or restored: sizes asked for before
+    // no longer count.
+    void windowStateChanged() { forgetRequests(); }
+    // True when every size asked for has been confirmed by the window system.
+    bool settled() const { return requested_.empty(); }
+
+private:
+    // The size of the window without its frame: the last one asked for until
+    // the window system confirms it, then the window's own.
+    QSize windowSize() const;
+    // Pixels that the window manager's frame adds around the window.
+    QSize frameSize() const;
+    void requestWindowSize(QSize size);
+    void forgetRequests();
+    void requestsExpired();
+
+    std::vector<std::string> arguments_;
+    Form1* form_ = nullptr;
+    std::string fileName_;  // CMDialog1.FileName
+    std::vector<QSize> requested_;
+    QSize refused_;
+    QTimer expiry_;
+};
+
+}  // namespace velmoric::qt
