@@ -1,6 +1,8 @@
 // Sizing of the window and the picture by the kind of the picture and the
 // option `size`: in the normal state the outer height follows the width so
 // the picture area keeps the proportions of the format.
+#include <cmath>
+
 #include "shell/viewer.h"
 
 namespace velmoric {
@@ -31,10 +33,13 @@ void Viewer::Form_Resize() {
         const bool native = options.size == 1;
         const double ratio = native ? k.nativeRatio : k.freeRatio;
         // The picture area below Image1's top must be the client width times
-        // the ratio: D is what is missing, in pixels.
+        // the ratio: D is what is missing, in pixels. A window has whole
+        // pixels, so D is taken down to a whole number: the area becomes the
+        // whole part of width times ratio from either side, and the run that
+        // the resize sets off finds D at 0 and changes nothing.
         auto adjustHeight = [&] {
-            const int d = int(ui.imageTop() + ui.clientWidth() * ratio - ui.clientHeight());
-            ui.setOuterHeight(ui.outerHeight() + ui.pixelsToTwips(d));
+            const double d = ui.imageTop() + ui.clientWidth() * ratio - ui.clientHeight();
+            ui.setOuterHeight(ui.outerHeight() + ui.pixelsToTwips(int(std::floor(d))));
         };
         if (native) {
             if (ui.windowState() == WindowState::Normal) {

@@ -3,6 +3,7 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QResizeEvent>
+#include <QWindow>
 
 #include "platform/qt/artwork.h"
 
@@ -166,6 +167,19 @@ void Form1::changeEvent(QEvent* event) {
         platform_.windowStateChanged();
         viewer_.Form_Resize();
     }
+}
+
+void Form1::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    // The window system's own reports of the window's size arrive at the
+    // window handle, which exists from the first showing on.
+    if (QWindow* handle = windowHandle()) handle->installEventFilter(this);
+}
+
+bool Form1::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == windowHandle() && event->type() == QEvent::Resize)
+        platform_.windowSystemReported(static_cast<QResizeEvent*>(event)->size());
+    return QMainWindow::eventFilter(watched, event);
 }
 
 void Form1::closeEvent(QCloseEvent* event) {

@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QSettings>
+#include <QStandardPaths>
 #include <algorithm>
 #include <cmath>
 
@@ -38,9 +39,13 @@ QString displayText(const std::string& text) {
     return shown;
 }
 
+// The store of an application: <configuration folder>/<app>/<app>.conf, in
+// the INI format, the same file on every desktop.
 QSettings openStore(const std::string& app) {
     const QString name = QString::fromStdString(app);
-    return QSettings(QSettings::IniFormat, QSettings::UserScope, name, name);
+    const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    return QSettings(folder + QLatin1Char('/') + name + QLatin1Char('/') + name + QStringLiteral(".conf"),
+                     QSettings::IniFormat);
 }
 
 }  // namespace
@@ -218,20 +223,34 @@ void QtPlatform::requestWindowSize(QSize size) {
         requested_.push_back(size);
         expiry_.start();
     }
+    // Qt reports the new size at once, inside the call: the layout runs
+    // again, nested, and finds nothing more to do.
+    const bool outer = resizing_;
+    resizing_ = true;
     form_->resize(size);
+    resizing_ = outer;
+}
+
+void QtPlatform::windowSystemReported(QSize size) {
+    staleSize_ = QSize();
+    const auto match = std::find(requested_.begin(), requested_.end(), size);
+    if (match == requested_.end()) {
+        // The user or the window manager chose this size: it counts from now on.
+        forgetRequests();
+        return;
+    }
+    if (match + 1 != requested_.end()) staleSize_ = size;
+    requested_.erase(requested_.begin(), match + 1);
+    if (requested_.empty()) expiry_.stop();
 }
 
 bool QtPlatform::windowSizeReported(QSize size) {
-    if (requested_.empty()) return true;
-    const auto match = std::find(requested_.begin(), requested_.end(), size);
-    if (match == requested_.end() || match + 1 == requested_.end()) {
-        // Either the last request is confirmed, or the size came from
-        // elsewhere (the user, the window manager): it counts from now on.
-        forgetRequests();
-        return true;
+    if (resizing_) return true;
+    if (staleSize_.isValid() && size == staleSize_) {
+        staleSize_ = QSize();
+        return false;
     }
-    requested_.erase(requested_.begin(), match + 1);
-    return false;
+    return true;
 }
 
 void QtPlatform::forgetRequests() {

@@ -68,9 +68,12 @@ public:
     void registerAssociation(const Association& association) override;
 
     // ---- Reports from the window -------------------------------------------
-    // The window system reports the window's size. False when the report only
-    // echoes an earlier size this platform asked for on the way to a later
-    // one; the layout must not run on such a stale size.
+    // The window system reports the size it gave the window: it confirms the
+    // sizes asked for up to that one. A size asked for earlier than the last
+    // one is stale: it only echoes a step on the way.
+    void windowSystemReported(QSize size);
+    // The window's resize event: false when the layout must not run on its
+    // size, because it is a stale echo of an earlier request.
     bool windowSizeReported(QSize size);
     // The window was minimised, maximised or restored: sizes asked for before
     // no longer count.
@@ -91,7 +94,9 @@ private:
     std::vector<std::string> arguments_;
     Form1* form_ = nullptr;
     std::string fileName_;  // CMDialog1.FileName
-    std::vector<QSize> requested_;
+    std::vector<QSize> requested_;  // asked for, not yet confirmed, oldest first
+    QSize staleSize_;               // the window system's last report, when stale
+    bool resizing_ = false;         // inside a resize this platform asked for
     QSize refused_;
     QTimer expiry_;
 };

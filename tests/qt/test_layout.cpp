@@ -1,0 +1,279 @@
+// Opening through the window and the sizing of window and picture by kind,
+// mode and window state, measured on the real widgets.
+#include <QRegularExpression>
+
+#include "window_fixture.h"
+
+using namespace vqt;
+
+namespace {
+
+struct KindRow {
+    int kind, width, height;
+    double freeRatio;
+};
+const KindRow kKinds[] = {{1, 320, 200, 0.625}, {2, 640, 200, 0.625}, {3, 640, 400, 0.625}, {4, 576, 720, 1.25}};
+
+TEST_F(WindowTest, NativeModeGivesTheNativeWidthAndHeight) {
+    loadAndShow();
+    for (const KindRow& k : kKinds) {
+        layOut(k.kind, 1);
+        EXPECT_EQ(platform->clientWidth(), k.width) << "kind " << k.kind;
+        EXPECT_EQ(form->centralWidget()->width(), k.width) << "kind " << k.kind;
+        EXPECT_EQ(imageSize(), QSize(k.width, k.height)) << "kind " << k.kind;
+        EXPECT_EQ(areaHeight(), k.height) << "kind " << k.kind;
+        EXPECT_EQ(form->label1()->width(), k.width) << "kind " << k.kind;
+        EXPECT_EQ(platform->clientHeight(), form->centralWidget()->height()) << "kind " << k.kind;
+    }
+}
+
+TEST_F(WindowTest, FreeModeHoldsTheAreaAtTheClientWidthTimesTheRatio) {
+    loadAndShow();
+    for (const KindRow& k : kKinds) {
+        for (int width : {640, 333, 500}) {
+            viewer().kind = std::int16_t(k.kind);
+            viewer().options.size = 0;
+            setClientWidth(width);
+            viewer().Form_Resize();
+            settle(*platform);
+            EXPECT_EQ(form->centralWidget()->width(), width);
+            EXPECT_EQ(areaHeight(), int(width * k.freeRatio)) << "kind " << k.kind << " at " << width;
+            EXPECT_EQ(imageSize(), QSize(width, int(width * k.freeRatio))) << "kind " << k.kind;
+        }
+    }
+    layOut(2, 0);
+    setClientWidth(640);
+    layOut(2, 0);
+    EXPECT_EQ(imageSize(), QSize(640, 400)) << "kind 2 is shown twice as high in free mode";
+}
+
+TEST_F(WindowTest, FreeModeKeepsTheOuterWidthAtLeast3600Twips) {
+    loadAndShow();
+    viewer().options.size = 0;
+    for (int twips : {3000, 3585, 3600, 3615, 4995}) {
+        platform->setOuterWidth(twips);
+        settle(*platform);
+        viewer().Form_Resize();
+        settle(*platform);
+        EXPECT_EQ(platform->outerWidth(), std::max(twips, 3600)) << twips;
+        EXPECT_EQ(form->frameGeometry().width() * 15, std::max(twips, 3600)) << twips;
+    }
+    layOut(1, 1);
+    EXPECT_EQ(platform->clientWidth(), 320) << "native mode has no minimum";
+}
+
+TEST_F(WindowTest, MeasuresReflectASizeJustSet) {
+    loadAndShow();
+    const int outer = platform->outerWidth();
+    platform->setOuterWidth(outer + 15 * 40);
+    EXPECT_EQ(platform->outerWidth(), outer + 15 * 40);
+    const int client = platform->clientWidth();
+    platform->setOuterHeight(platform->outerHeight() + 15 * 10);
+    EXPECT_EQ(platform->clientWidth(), client);
+    settle(*platform);
+    EXPECT_EQ(form->width(), client);
+}
+
+TEST_F(WindowTest, EchoesOfEarlierSizesDoNotCount) {
+    loadAndShow();
+    // Minimised, the layout leaves the sizes set here alone.
+    form->showMinimized();
+    settle(*platform);
+    const QSize start = form->size();
+    platform->setOuterWidth(platform->outerWidth() + 150);
+    platform->setOuterHeight(platform->outerHeight() + 150);
+    const QSize first(start.width() + 10, start.height()), second(start.width() + 10, start.height() + 10);
+    EXPECT_EQ(form->size(), second);
+    EXPECT_FALSE(platform->settled());
+
+    // The window system confirms the first step late: the layout must not run on it.
+    platform->windowSystemReported(first);
+    EXPECT_FALSE(platform->windowSizeReported(first));
+    EXPECT_EQ(platform->clientWidth(), second.width());
+    EXPECT_FALSE(platform->settled());
+    platform->windowSystemReported(second);
+    EXPECT_TRUE(platform->windowSizeReported(second));
+    EXPECT_TRUE(platform->settled());
+
+    platform->setOuterWidth(platform->outerWidth() + 150);
+    platform->windowSystemReported(QSize(77, 77));
+    EXPECT_TRUE(platform->windowSizeReported(QSize(77, 77))) << "a size from elsewhere counts at once";
+    EXPECT_TRUE(platform->settled());
+}
+
+TEST_F(WindowTest, MaximisedNativeShowsTheNativeSizeWithoutResizingTheWindow) {
+    loadAndShow();
+    viewer().options.size = 1;
+    viewer().kind = 2;
+    form->showMaximized();
+    settle(*platform);
+    ASSERT_EQ(platform->windowState(), WindowState::Maximised);
+    const QSize maximised = form->size();
+    viewer().Form_Resize();
+    settle(*platform);
+    EXPECT_EQ(form->size(), maximised);
+    EXPECT_EQ(imageSize(), QSize(640, 200));
+    EXPECT_EQ(form->label1()->width(), form->centralWidget()->width());
+}
+
+TEST_F(WindowTest, MaximisedFreeFillsTheAreaBelowImage1) {
+    loadAndShow();
+    viewer().options.size = 0;
+    viewer().kind = 4;
+    form->showMaximized();
+    settle(*platform);
+    ASSERT_EQ(platform->windowState(), WindowState::Maximised);
+    viewer().Form_Resize();
+    settle(*platform);
+    EXPECT_EQ(imageSize(), QSize(form->centralWidget()->width(), areaHeight()));
+}
+
+TEST_F(WindowTest, MinimisedChangesNothingAndRestoringLaysOut) {
+    loadAndShow();
+    layOut(1, 1);
+    form->showMinimized();
+    settle(*platform);
+    ASSERT_EQ(platform->windowState(), WindowState::Minimised);
+    const QSize window = form->size(), image = imageSize();
+    const int label = form->label1()->width();
+    layOut(3, 1);
+    EXPECT_EQ(form->size(), window);
+    EXPECT_EQ(imageSize(), image);
+    EXPECT_EQ(form->label1()->width(), label);
+
+    form->showNormal();
+    settle(*platform);
+    EXPECT_EQ(imageSize(), QSize(640, 400)) << "restoring runs the layout for the kind now set";
+}
+
+TEST_F(WindowTest, TheOptionsCommandLaysOutAgain) {
+    loadAndShow();
+    layOut(1, 0);
+    setClientWidth(500);
+    viewer().options.size = 1;
+    form->toolbarAction("pref")->trigger();
+    settle(*platform);
+    EXPECT_EQ(form->centralWidget()->width(), 320);
+    viewer().options.size = 0;
+    setClientWidth(500);
+    viewer().options.size = 1;
+    form->menuAction(MenuArray::medit, 2)->trigger();
+    settle(*platform);
+    EXPECT_EQ(form->centralWidget()->width(), 320);
+}
+
+TEST_F(WindowTest, TheFirstTickShowsTheWindowAndOpensTheCommandLine) {
+    const std::string path = programDir.file("tick.pi1");
+    vtest::writeFile(path, vtest::randomBytes(32034, 9));
+    make({path});
+    knowSpuGlob();
+    viewer().options.size = 1;
+    form->load();
+    QElapsedTimer t;
+    t.start();
+    while (form->timer1()->isActive() && t.elapsed() < 3000) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    settle(*platform);
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_FALSE(form->timer1()->isActive()) << "Timer1 ticks once";
+    EXPECT_EQ(form->label1()->text(), "TICK.PI1  Degas 320*200 16 Colour");
+    EXPECT_EQ(form->image1()->picture().width(), 320);
+    EXPECT_EQ(viewer().openmode, 0);
+}
+
+TEST_F(WindowTest, OpenFromMenuAndToolbarShowsThePictureSharp) {
+    loadAndShow();
+    viewer().options.size = 1;
+    const std::string path = programDir.file("pic.neo");
+    vtest::writeFile(path, vtest::randomBytes(32128, 4));
+    platform->selectorAnswers.push_back(path);
+    form->menuAction(MenuArray::fmenu, 0)->trigger();
+    settle(*platform);
+    ASSERT_EQ(platform->selectorRuns.size(), 1u);
+    EXPECT_EQ(platform->selectorRuns[0].title, "Select Picture File.");
+    EXPECT_EQ(form->label1()->text(), "PIC.NEO  Neo 320*200 16 Colour");
+    EXPECT_EQ(imageSize(), QSize(320, 200));
+    const QImage shown = form->image1()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const Picture& picture = form->image1()->picture();
+    for (int y = 0; y < 200; y += 7)
+        for (int x = 0; x < 320; x += 5)
+            ASSERT_EQ(shown.pixel(x, y) & 0xFFFFFF, picture.rgb(x, y)) << x << "," << y;
+
+    platform->selectorAnswers.push_back("");
+    form->toolbarAction("open")->trigger();
+    EXPECT_EQ(platform->selectorRuns.size(), 2u);
+    EXPECT_EQ(form->label1()->text(), "PIC.NEO  Neo 320*200 16 Colour") << "a cancel changes nothing";
+}
+
+TEST_F(WindowTest, StretchTakesTheNearestPixel) {
+    loadAndShow();
+    layOut(1, 0);
+    setClientWidth(640);
+    layOut(1, 0);
+    ASSERT_EQ(imageSize(), QSize(640, 400));
+    const QImage shown = form->image1()->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    const Picture& picture = form->image1()->picture();
+    for (int y = 0; y < 400; y += 3)
+        for (int x = 0; x < 640; x += 3)
+            ASSERT_EQ(shown.pixel(x, y) & 0xFFFFFF, picture.rgb(x / 2, y / 2)) << x << "," << y;
+}
+
+TEST_F(WindowTest, CommandsAreSwitchedOffWhileAnOpenRuns) {
+    loadAndShow();
+    const std::string path = programDir.file("bad.Neo");
+    vtest::writeFile(path, vtest::Bytes(100, 1));
+    bool menusOff = false, toolbarOff = false;
+    platform->onMessage = [&](const ScriptedPlatform::Message&) {
+        menusOff = true;
+        for (int i = 0; i < 4; ++i) menusOff = menusOff && !form->mfile(i)->menuAction()->isEnabled();
+        toolbarOff = !form->toolbar1()->isEnabled();
+    };
+    platform->selectorAnswers.push_back(path);
+    form->toolbarAction("open")->trigger();
+    ASSERT_EQ(platform->messages.size(), 1u);
+    EXPECT_EQ(platform->messages[0].text.rfind("Neo##Sorry a file error has occured.", 0), 0u);
+    EXPECT_TRUE(menusOff);
+    EXPECT_TRUE(toolbarOff);
+    for (int i = 0; i < 4; ++i) EXPECT_TRUE(form->mfile(i)->menuAction()->isEnabled());
+    EXPECT_TRUE(form->toolbar1()->isEnabled());
+}
+
+TEST_F(WindowTest, LaterCommandsDoNothingYet) {
+    loadAndShow();
+    for (const char* key : {"save", "print", "copy", "slide", "invert", "help"}) form->toolbarAction(key)->trigger();
+    for (auto [array, index] : {std::pair{MenuArray::fmenu, 1}, {MenuArray::fmenu, 3}, {MenuArray::mclip, 0},
+                                {MenuArray::medit, 0}, {MenuArray::medit, 4}, {MenuArray::mhelp, 0}})
+        form->menuAction(array, index)->trigger();
+    EXPECT_TRUE(platform->messages.empty());
+    EXPECT_TRUE(platform->selectorRuns.empty());
+    EXPECT_TRUE(form->isVisible());
+}
+
+// ---- The open dialog's filters ------------------------------------------------
+
+TEST(NameFilters, EveryEntryOfTheFilterStringBecomesOneFilter) {
+    const QStringList filters = nameFiltersFor(kOpenFilter);
+    ASSERT_EQ(filters.size(), 9);
+    EXPECT_EQ(filters[0].left(16), "Atari Pictures (");
+    EXPECT_EQ(filters[1], "Neochrome Files (*.NEO) (*.[Nn][Ee][Oo])");
+    EXPECT_EQ(filters[8], "Mac Paint (*.MAC) (*.[Mm][Aa][Cc])");
+}
+
+TEST(NameFilters, PatternsMatchInAnyCase) {
+    struct Row {
+        const char* pattern;
+        const char* name;
+        bool matches;
+    };
+    const Row rows[] = {
+        {"*.NEO", "x.neo", true}, {"*.NEO", "X.NEO", true},  {"*.NEO", "x.Neo", true}, {"*.NEO", "x.ne", false},
+        {"*.PI?", "a.pI3", true}, {"*.PI?", "a.PI", false},  {"*.TN?", "b.tny", true}, {"*.CA?", "c.ca1", true},
+        {"*.SPU", "s.spc", false}, {"*.MAC", "m.Mac", true},
+    };
+    for (const Row& r : rows) {
+        const QRegularExpression re(
+            QRegularExpression::wildcardToRegularExpression(caseInsensitivePattern(QString::fromLatin1(r.pattern))));
+        EXPECT_EQ(re.match(QString::fromLatin1(r.name)).hasMatch(), r.matches) << r.pattern << " " << r.name;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,283 @@
+// Design state, start-up order, the first-run question, the options store
+// and quitting, with the real window.
+#include <QMenuBar>
+
+#include "window_fixture.h"
+
+using namespace vqt;
+
+namespace {
+
+const char* const kQuestion =
+    "Welcome to the Velmoric picture viewer.\rDo you wish to register the Atari picture files to this program.";
+
+std::string readText(const std::string& path) {
+    const vtest::Bytes b = vtest::readFile(path);
+    return std::string(b.begin(), b.end());
+}
+
+void writeSettings(const std::string& text) {
+    std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
+    vtest::writeFile(settingsFile(), vtest::Bytes(text.begin(), text.end()));
+}
+
+int colourCount(const QImage& image) {
+    std::set<QRgb> colours;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x) colours.insert(image.pixel(x, y));
+    return int(colours.size());
+}
+
+TEST_F(WindowTest, DesignState) {
+    EXPECT_EQ(form->windowTitle(), "Velmoric Picture Viewer.");
+    EXPECT_FALSE(form->isVisible());
+    EXPECT_EQ(form->palette().color(QPalette::Window).rgb() & 0xFFFFFF, 0xC0C0C0u);
+    EXPECT_EQ(platform->clientWidth() * 15, 6600);
+    EXPECT_EQ(platform->clientHeight() * 15, 5205);
+    EXPECT_EQ(form->label1()->geometry(), QRect(1, 32, 439, 20));
+    EXPECT_TRUE(form->label1()->text().isEmpty());
+    EXPECT_EQ(form->label1()->alignment(), Qt::AlignCenter);
+    EXPECT_EQ(form->label2()->text(), "Label2");
+    EXPECT_TRUE(form->label2()->isHidden());
+    EXPECT_EQ(form->image1()->geometry(), QRect(0, 56, 440, 272));
+    EXPECT_EQ(form->timer1()->interval(), 100);
+    EXPECT_TRUE(form->timer1()->isActive());
+}
+
+TEST_F(WindowTest, DrawnPicturesHaveTheirSizesAndColours) {
+    const Picture start = form->image1()->picture();
+    EXPECT_EQ(start.width(), 320);
+    EXPECT_EQ(start.height(), 200);
+    EXPECT_EQ(start.bitsPerPixel(), 8);
+    const QImage icon = form->windowIcon().pixmap(32, 32).toImage();
+    EXPECT_EQ(icon.size(), QSize(32, 32));
+    EXPECT_LE(colourCount(windowIconImage()), 16);
+    for (int n = 1; n <= 9; ++n) {
+        const QImage picture = imageListImage(n);
+        EXPECT_EQ(picture.size(), QSize(16, 16)) << n;
+        EXPECT_LE(colourCount(picture), 16) << n;
+        EXPECT_TRUE(imageListPicture(n).hasAlphaChannel()) << "0xC0C0C0 is transparent in picture " << n;
+    }
+}
+
+TEST_F(WindowTest, MenusHaveTheirCaptionsAndShortcuts) {
+    const char* tops[] = {"&File", "&Edit", "&Tools", "&Help"};
+    for (int i = 0; i < 4; ++i) EXPECT_EQ(form->mfile(i)->title(), tops[i]);
+    struct Row {
+        MenuArray array;
+        int index;
+        const char *caption, *shortcut;
+    };
+    const Row rows[] = {
+        {MenuArray::fmenu, 0, "&Open", "Ctrl+O"},   {MenuArray::fmenu, 1, "Save &as", "Ctrl+S"},
+        {MenuArray::fmenu, 3, "&Print", "Ctrl+P"},  {MenuArray::fmenu, 5, "E&xit", ""},
+        {MenuArray::mclip, 0, "&Copy", "Ctrl+C"},   {MenuArray::medit, 0, "&Slide show", ""},
+        {MenuArray::medit, 2, "&Options", ""},      {MenuArray::medit, 4, "&Mono Invert", ""},
+        {MenuArray::mhelp, 0, "&Help Pages", ""},   {MenuArray::mhelp, 2, "&About", ""},
+    };
+    for (const Row& r : rows) {
+        QAction* a = form->menuAction(r.array, r.index);
+        ASSERT_NE(a, nullptr) << r.caption;
+        EXPECT_EQ(a->text(), r.caption);
+        EXPECT_EQ(a->shortcut(), QKeySequence(QString::fromLatin1(r.shortcut))) << r.caption;
+        EXPECT_TRUE(a->isEnabled());
+    }
+    EXPECT_EQ(form->mfile(0)->actions().size(), 6);  // separators keep their places
+    EXPECT_EQ(form->mfile(2)->actions().size(), 5);
+    EXPECT_EQ(form->mfile(3)->actions().size(), 3);
+}
+
+TEST_F(WindowTest, ToolbarHasElevenButtonsInOrder) {
+    const QList<QAction*> actions = form->toolbar1()->actions();
+    ASSERT_EQ(actions.size(), 11);
+    const char* keys[] = {"open", "save", "print", nullptr, "copy", nullptr, "slide", "pref", "invert", nullptr, "help"};
+    const char* tips[] = {"Open Picture", "Save Picture", "Print", nullptr, "Copy to Clipboard", nullptr,
+                          "Slide Show", "Options", "Invert Mono Image", nullptr, "Help"};
+    for (int i = 0; i < 11; ++i) {
+        if (!keys[i]) {
+            EXPECT_TRUE(actions[i]->isSeparator()) << i;
+            continue;
+        }
+        EXPECT_EQ(actions[i]->data().toString(), keys[i]);
+        EXPECT_EQ(actions[i]->toolTip(), tips[i]);
+        EXPECT_FALSE(actions[i]->icon().isNull()) << keys[i];
+    }
+}
+
+TEST_F(WindowTest, FirstStartAsksWithTheTimerOffAndYesRegisters) {
+    bool timerDuringQuestion = true;
+    platform->onMessage = [&](const ScriptedPlatform::Message&) { timerDuringQuestion = form->timer1()->isActive(); };
+    platform->answers.push_back(Answer::Yes);
+    form->load();
+
+    ASSERT_EQ(platform->messages.size(), 1u);
+    const auto& m = platform->messages[0];
+    EXPECT_EQ(m.title, "Register Files");
+    EXPECT_EQ(m.text, kQuestion);
+    EXPECT_EQ(m.buttons, Buttons::YesNo);
+    EXPECT_EQ(m.icon, Icon::None);
+    EXPECT_FALSE(timerDuringQuestion);
+    EXPECT_TRUE(std::filesystem::exists(data.path() / "mime/packages/velmoric.xml"));
+    EXPECT_TRUE(std::filesystem::exists(data.path() / "applications/velmoric.desktop"));
+    EXPECT_TRUE(std::filesystem::exists(std::string(std::getenv("XDG_CONFIG_HOME")) + "/mimeapps.list"));
+
+    // The order of start-up: timer off, question, timer on, the seven options.
+    const std::vector<std::string> expected = {
+        "timer off",         "box Register Files", "timer on",           "read options/delay",
+        "read options/save", "read options/size",  "read options/repeat", "read options/orientation",
+        "read options/printscale", "read options/single"};
+    EXPECT_EQ(platform->log, expected);
+    EXPECT_EQ(viewer().saved, kTrue);
+    EXPECT_EQ(viewer().nopicture, kTrue);
+    EXPECT_EQ(viewer().stop, kTrue);
+    EXPECT_EQ(viewer().kind, 1);
+    EXPECT_EQ(viewer().badfile, 0);
+    EXPECT_EQ(viewer().openmode, 0);
+    EXPECT_FALSE(form->isVisible()) << "the window waits for the first tick";
+    EXPECT_TRUE(form->timer1()->isActive());
+}
+
+TEST_F(WindowTest, NoWritesNothingAndTheNextStartAsksAgain) {
+    platform->answers.push_back(Answer::No);
+    form->load();
+    ASSERT_EQ(platform->messages.size(), 1u);
+    EXPECT_TRUE(std::filesystem::is_empty(data.path()));
+    EXPECT_TRUE(std::filesystem::is_empty(std::getenv("XDG_CONFIG_HOME")));
+
+    make();
+    form->load();
+    ASSERT_EQ(platform->messages.size(), 1u);
+    EXPECT_EQ(platform->messages[0].title, "Register Files");
+}
+
+TEST_F(WindowTest, AKnownSpuGlobFromAnyProgramMeansNoQuestion) {
+    knowSpuGlob();
+    form->load();
+    EXPECT_TRUE(platform->messages.empty());
+    EXPECT_TRUE(std::filesystem::is_empty(data.path()));
+}
+
+TEST_F(WindowTest, OptionsTakeTheirDefaultsOnAnEmptyStore) {
+    knowSpuGlob();
+    form->load();
+    const Options& o = viewer().options;
+    EXPECT_EQ(o.delay, 2);
+    EXPECT_EQ(o.save, 0);
+    EXPECT_EQ(o.size, 0);
+    EXPECT_EQ(o.repeat, 1);
+    EXPECT_EQ(o.orientation, 1);
+    EXPECT_EQ(o.printscale, 100);
+    EXPECT_EQ(o.single, 0);
+    EXPECT_FALSE(std::filesystem::exists(settingsFile())) << "nothing is written at start-up";
+}
+
+TEST_F(WindowTest, OptionsAreReadFromTheStoreAndUnreadableValuesDefault) {
+    writeSettings("[options]\ndelay=15\nsave=1\nsize=1\nrepeat=0\norientation=abc\nprintscale=70000\nsingle=-3\n");
+    knowSpuGlob();
+    form->load();
+    const Options& o = viewer().options;
+    EXPECT_EQ(o.delay, 15);
+    EXPECT_EQ(o.save, 1);
+    EXPECT_EQ(o.size, 1);
+    EXPECT_EQ(o.repeat, 0);
+    EXPECT_EQ(o.orientation, 1);
+    EXPECT_EQ(o.printscale, 100);
+    EXPECT_EQ(o.single, -3);
+}
+
+TEST_F(WindowTest, QuitWritesTheOptionsAsDecimalTextInOrder) {
+    loadAndShow();
+    viewer().options.printscale = 55;
+    platform->log.clear();
+    EXPECT_TRUE(form->close());
+    const std::vector<std::string> expected = {
+        "write options/delay=2",       "write options/save=0",          "write options/size=0",
+        "write options/repeat=1",      "write options/orientation=1",   "write options/printscale=55",
+        "write options/single=0"};
+    EXPECT_EQ(platform->log, expected);
+    const std::string text = readText(settingsFile());
+    EXPECT_NE(text.find("[options]"), std::string::npos) << text;
+    EXPECT_NE(text.find("printscale=55"), std::string::npos) << text;
+    EXPECT_FALSE(form->isVisible());
+}
+
+struct QuitCase {
+    int save;
+    std::int16_t savedFlag;
+    Answer answer;
+    bool warned, closes;
+};
+
+class QuitWarning : public WindowTest, public ::testing::WithParamInterface<QuitCase> {};
+
+TEST_P(QuitWarning, OnlyForAnUnsavedPictureWhenSaveIsExactlyOne) {
+    const QuitCase c = GetParam();
+    loadAndShow();
+    viewer().options.save = std::int16_t(c.save);
+    viewer().saved = c.savedFlag;
+    platform->answers.push_back(c.answer);
+    const bool closed = form->close();
+    EXPECT_EQ(closed, c.closes);
+    EXPECT_EQ(form->isVisible(), !c.closes);
+    ASSERT_EQ(platform->messages.size(), c.warned ? 1u : 0u);
+    if (c.warned) {
+        EXPECT_EQ(platform->messages[0].text, "Picture has not been saved do you wish to quit?");
+        EXPECT_EQ(platform->messages[0].title, "Warning.");
+        EXPECT_EQ(platform->messages[0].buttons, Buttons::YesNo);
+        EXPECT_EQ(platform->messages[0].icon, Icon::Question);
+    }
+    EXPECT_TRUE(std::filesystem::exists(settingsFile())) << "written whether the quit goes on or not";
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, QuitWarning,
+                         ::testing::Values(QuitCase{1, kFalse, Answer::No, true, false},
+                                           QuitCase{1, kFalse, Answer::Yes, true, true},
+                                           QuitCase{0, kFalse, Answer::No, false, true},
+                                           QuitCase{1, kTrue, Answer::No, false, true},
+                                           QuitCase{2, kFalse, Answer::No, false, true},
+                                           QuitCase{-1, kFalse, Answer::No, false, true}),
+                         [](const ::testing::TestParamInfo<QuitCase>& info) {
+                             const QuitCase& c = info.param;
+                             return "save" + std::string(c.save < 0 ? "Minus" : "") + std::to_string(std::abs(c.save)) +
+                                    (c.savedFlag ? "Saved" : "Unsaved") + (c.answer == Answer::Yes ? "Yes" : "No");
+                         });
+
+TEST_F(WindowTest, ARunningSlideShowRefusesTheCloseSilently) {
+    loadAndShow();
+    viewer().stop = kFalse;
+    viewer().saved = kFalse;
+    viewer().options.save = 1;
+    EXPECT_FALSE(form->close());
+    EXPECT_TRUE(form->isVisible());
+    EXPECT_TRUE(platform->messages.empty());
+    EXPECT_FALSE(std::filesystem::exists(settingsFile()));
+}
+
+TEST_F(WindowTest, ExitFromTheMenuTakesTheSameRoad) {
+    loadAndShow();
+    viewer().saved = kFalse;
+    viewer().options.save = 1;
+    platform->answers.push_back(Answer::No);
+    form->menuAction(MenuArray::fmenu, 5)->trigger();
+    EXPECT_TRUE(form->isVisible());
+    ASSERT_EQ(platform->messages.size(), 1u);
+    EXPECT_TRUE(std::filesystem::exists(settingsFile()));
+
+    platform->answers.push_back(Answer::Yes);
+    form->menuAction(MenuArray::fmenu, 5)->trigger();
+    EXPECT_FALSE(form->isVisible());
+}
+
+TEST_F(WindowTest, AboutBox) {
+    loadAndShow();
+    form->menuAction(MenuArray::mhelp, 2)->trigger();
+    ASSERT_EQ(platform->messages.size(), 1u);
+    const auto& m = platform->messages[0];
+    EXPECT_EQ(m.title, "About.");
+    EXPECT_EQ(m.icon, Icon::Information);
+    EXPECT_EQ(m.buttons, Buttons::Ok);
+    EXPECT_EQ(m.text.rfind("Velmoric Picture Viewer.\n", 0), 0u) << m.text;
+    EXPECT_EQ(std::count(m.text.begin(), m.text.end(), '\n'), 2);
+}
+
+}  // namespace
