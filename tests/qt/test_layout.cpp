@@ -12,6 +12,12 @@ struct KindRow {
     int kind, width, height;
     double freeRatio;
 };
+void writeSettingsSize1() {
+    std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
+    const std::string text = "[options]\nsize=1\n";
+    vtest::writeFile(settingsFile(), vtest::Bytes(text.begin(), text.end()));
+}
+
 const KindRow kKinds[] = {{1, 320, 200, 0.625}, {2, 640, 200, 0.625}, {3, 640, 400, 0.625}, {4, 576, 720, 1.25}};
 
 TEST_F(WindowTest, NativeModeGivesTheNativeWidthAndHeight) {
@@ -57,6 +63,8 @@ TEST_F(WindowTest, FreeModeKeepsTheOuterWidthAtLeast3600Twips) {
         settle(*platform);
         EXPECT_EQ(platform->outerWidth(), std::max(twips, 3600)) << twips;
         EXPECT_EQ(form->frameGeometry().width() * 15, std::max(twips, 3600)) << twips;
+        EXPECT_EQ(platform->clientHeight(), form->centralWidget()->height()) << twips;
+        EXPECT_EQ(areaHeight(), int(platform->clientWidth() * 0.625)) << twips;
     }
     layOut(1, 1);
     EXPECT_EQ(platform->clientWidth(), 320) << "native mode has no minimum";
@@ -178,6 +186,19 @@ TEST_F(WindowTest, TheFirstTickShowsTheWindowAndOpensTheCommandLine) {
     EXPECT_EQ(form->label1()->text(), "TICK.PI1  Degas 320*200 16 Colour");
     EXPECT_EQ(form->image1()->picture().width(), 320);
     EXPECT_EQ(viewer().openmode, 0);
+}
+
+TEST_F(WindowTest, TheFirstShowingInNativeModeMakesTheClientWidth320) {
+    knowSpuGlob();
+    writeSettingsSize1();
+    form->load();
+    QElapsedTimer t;
+    t.start();
+    while (!form->isVisible() && t.elapsed() < 3000) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+    settle(*platform);
+    EXPECT_EQ(form->centralWidget()->width(), 320);
+    EXPECT_EQ(imageSize(), QSize(320, 200));
+    EXPECT_EQ(form->label1()->width(), 320);
 }
 
 TEST_F(WindowTest, OpenFromMenuAndToolbarShowsThePictureSharp) {
