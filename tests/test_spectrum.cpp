@@ -262,7 +262,9 @@ struct SpectrumTest : ::testing::Test {
         const Decoded d = decode(file, ext);
         return {d.bitmap.begin(), d.bitmap.end()};
     }
-    Bytes srcbytes(std::size_t from, std::size_t to) const { return {s->srcbytes.data() + from, s->srcbytes.data() + to}; }
+    Bytes srcbytes(std::size_t from, std::size_t to) const {
+        return {s->srcbytes.data() + from, s->srcbytes.data() + to};
+    }
 };
 
 // Where the three bytes of a pixel lie in the bitmap file.
@@ -324,11 +326,11 @@ TEST_F(SpectrumTest, SpuOfAnotherLengthIsRejected) {
 TEST_F(SpectrumTest, SpuColourZeroTakesItsThreeSlots) {
     struct Case { std::size_t wordAt; std::uint8_t f, s; std::size_t first, last, pixels; };
     const std::vector<Case> cases = {
-        {51008, 0x07, 0x77, 54, 56, 1},                                             // line 199, column 0
-        {51008, 0x0F, 0xFF, 54, 56, 1},                                             // the fourth bits do not count
-        {32000, 0x07, 0x77, pixelAt(1, 0), pixelAt(1, 0) + 2, 1},                   // line 1: slot 0 at column 0
-        {32032, 0x07, 0x77, pixelAt(1, 1), pixelAt(1, 160) + 2, 160},               // slot 16 from column 1
-        {32064, 0x07, 0x77, pixelAt(1, 161), 191093, 159},                          // slot 32 from column 161
+        {51008, 0x07, 0x77, 54, 56, 1},                                // line 199, column 0
+        {51008, 0x0F, 0xFF, 54, 56, 1},                                // the fourth bits do not count
+        {32000, 0x07, 0x77, pixelAt(1, 0), pixelAt(1, 0) + 2, 1},      // line 1: slot 0 at column 0
+        {32032, 0x07, 0x77, pixelAt(1, 1), pixelAt(1, 160) + 2, 160},  // slot 16 from column 1
+        {32064, 0x07, 0x77, pixelAt(1, 161), 191093, 159},             // slot 32 from column 161
     };
     for (const Case& k : cases) {
         Bytes file(51104, 0);
@@ -486,9 +488,9 @@ TEST_F(SpectrumTest, BitStreamRecords) {
     for (int c = 1; c <= 14; ++c) allSet[2 * c] = 7, allSet[2 * c + 1] = 0x70;
     struct Case { std::string bits; Bytes palette; };
     const std::vector<Case> cases = {
-        {"00000000000000", Bytes(32, 0)},                                        // 14 bits, then mid-byte
-        {"00000000000001 111111111", paletteWith({{14, 0x0777}})},                   // the last mask bit is colour 14
-        {"01100000000000 001000000 000000001", paletteWith({{2, 0x0100}, {3, 0x0001}})},  // ends on a byte boundary
+        {"00000000000000", Bytes(32, 0)},                           // 14 bits: the next record starts mid-byte
+        {"00000000000001 111111111", paletteWith({{14, 0x0777}})},  // the last mask bit is colour 14
+        {"01100000000000 001000000 000000001", paletteWith({{2, 0x0100}, {3, 0x0001}})},  // 32 bits
         {"11111111111111" + [] {
              std::string s;
              for (int c = 0; c < 14; ++c) s += " 111111000";
@@ -575,7 +577,8 @@ TEST_F(SpectrumTest, CorpusSpcMatchesItsSpuTwin) {
         if (!vtest::fs::exists(twin)) continue;
         Bytes spu = vtest::readFile(twin.string());
         for (int line = 1; line < 200; ++line)
-            for (int slot : {0, 15, 16, 31, 32, 47}) spu[paletteAt(line) + 2 * slot] = spu[paletteAt(line) + 2 * slot + 1] = 0;
+            for (int slot : {0, 15, 16, 31, 32, 47})
+                spu[paletteAt(line) + 2 * slot] = spu[paletteAt(line) + 2 * slot + 1] = 0;
         EXPECT_EQ(bitmap(vtest::readFile(path.string()), "SPC"), bitmap(spu, "SPU")) << path;
         ++pairs;
     }
