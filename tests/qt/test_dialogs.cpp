@@ -95,3 +95,20 @@ TEST_F(RealDialogs, OpenDialogHasTheFiltersAndGivesTheChosenFile) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST(QtPlatformText, TheCommandLineIsTheArgumentsJoinedByOneBlank) {
+    EXPECT_EQ(QtPlatform({}).commandLine(), "");
+    EXPECT_EQ(QtPlatform({"C:\\PICS\\A.NEO", "/X"}).commandLine(), "C:\\PICS\\A.NEO /X");
+    EXPECT_EQ(QtPlatform({"/p/my pic.pi1"}).commandLine(), "/p/my pic.pi1");
+}
+
+TEST(QtPlatformText, TwipsBecomeTheNearestPixel) {
+    EXPECT_EQ(twipsToPixels(3600), 240);
+    EXPECT_EQ(twipsToPixels(3607), 240);
+    EXPECT_EQ(twipsToPixels(3608), 241);
+    EXPECT_EQ(twipsToPixels(-15), -1);
+}
+
+}  // namespace
