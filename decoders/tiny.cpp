@@ -1,2 +1,229 @@
-// Filled in with its decoders.
+// Tiny pictures in all three resolutions. The file packs a 32000-byte
+// screen by columns in two streams, control bytes and data words; the words
+// are unpacked into srcwords after the palette, column by column, and turned
+// back into rows on their way into the bitmap.
 #include "decoders/decoder.h"
+
+namespace velmoric {
+namespace {
+
+constexpr std::size_t kFirstDataWord = 16;  // indices 0 to 15 hold the palette
+
+// The column-ordered screen: word 4m + j of line y lies in set j, column m.
+constexpr std::size_t screenWord(std::size_t set, std::size_t column, std::size_t line) {
+    return kFirstDataWord + 4000 * set + 200 * column + line;
+}
+static_assert(screenWord(3, 19, 199) < kSrcWordsExtent);
+
+// Positions are plain integers: a negative data position (from a negative
+// control length) or one past the end reads 0, as any read outside the file.
+class TinySource {
+public:
+    explicit TinySource(const Source& src) : src_(src) {}
+    bool inside(std::int64_t at, std::int64_t count) const {
+        return at >= 0 && at + count <= std::int64_t(src_.bytes.size());
+    }
+    std::uint8_t byte(std::int64_t at) const { return inside(at, 1) ? src_.bytes[std::size_t(at)] : 0; }
+    // A 2-byte read, as it lands in memory: first file byte low.
+    std::uint16_t word(std::int64_t at) const { return std::uint16_t(byte(at) | (byte(at + 1) << 8)); }
+    // A signed count, first byte high.
+    std::int16_t count(std::int64_t at) const { return std::int16_t((byte(at) << 8) | byte(at + 1)); }
+    const std::uint8_t* data() const { return src_.bytes.data(); }
+
+private:
+    const Source& src_;
+};
+
+// Copies are mostly a few words long, too short for the library's copy.
+inline void copyWords(std::uint16_t* to, const std::uint8_t* from, std::int64_t count) {
+    std::int64_t i = 0;
+    for (; i + 4 <= count; i += 4) std::memcpy(to + i, from + 2 * i, 8);
+    for (; i < count; ++i) std::memcpy(to + i, from + 2 * i, 2);
+}
+
+// Unpacks the two streams into srcwords. Words for indices past the extent
+// are not stored, but the positions move on as if they were, so the stream
+// is followed to its end whatever it asks for.
+class Unpacker {
+public:
+    Unpacker(Staging& s, const TinySource& in, std::int64_t dataAt) : s_(s), in_(in), data_(dataAt) {}
+
+    void copy(std::int64_t count) {
+        if (count <= 0) return;
+        if (const std::int64_t stored = room(count); stored > 0) {
+            std::uint16_t* dst = s_.srcwords.data() + out_;
+            if (in_.inside(data_, 2 * stored)) {
+                copyWords(dst, in_.data() + data_, stored);
+            } else {
+                for (std::int64_t i = 0; i < stored; ++i) dst[i] = in_.word(data_ + 2 * i);
+            }
+        }
+        out_ += count;
+        data_ += 2 * count;
+    }
+
+    // The data word is passed once, after the run, even when no copy is made.
+    void repeat(std::int64_t count) {
+        if (count > 0) {
+            if (const std::int64_t stored = room(count); stored > 0)
+                std::fill_n(s_.srcwords.data() + out_, std::size_t(stored), in_.word(data_));
+            out_ += count;
+        }
+        data_ += 2;
+    }
+
+private:
+    // How many of `count` words from the output index on still fit.
+    std::int64_t room(std::int64_t count) const {
+        return std::clamp<std::int64_t>(std::int64_t(kSrcWordsExtent) - out_, 0, count);
+    }
+
+    Staging& s_;
+    const TinySource& in_;
+    std::int64_t data_;
+    std::int64_t out_ = kFirstDataWord;
+};
+
+// One pass at least; the end test compares the positions after each
+// control byte has been dealt with in full.
+void unpackStreams(Staging& s, const TinySource& in, std::int64_t controlAt, std::int64_t controlLength) {
+    const std::int64_t controlEnd = controlAt + controlLength;
+    Unpacker out(s, in, controlEnd);
+    do {
+        const int x = in.byte(controlAt++);
+        if (x >= 128) {
+            out.copy(256 - x);
+        } else if (x >= 2) {
+            out.repeat(x);
+        } else {
+            const std::int16_t m = in.count(controlAt);
+            controlAt += 2;
+            if (x == 1) {
+                out.copy(m);
+            } else {
+                out.repeat(m);
+            }
+        }
+    } while (controlAt < controlEnd);
+}
+
+// One group of 16 pixels as a 64-bit number: the as-read word of plane p
+// at bits 16p to 16p + 15, so bit i holds bit i % 16 of plane i / 16. In a
+// bitmap word's bytes the same pixels want that bit at index i rotated
+// left by two places within six bits (the four plane bits of a pixel side
+// by side), then with index bits 3 and 4 flipped (the four bytes of each
+// half in reverse order, as the leftmost pixel sits in the first byte's
+// high nibble). The rotation is four exchanges of index bits, each a delta
+// swap, so the work is shifts and masks that run in vector lanes.
+struct IndexBitExchange {
+    unsigned distance;
+    std::uint64_t lower;  // the positions whose bit moves up by `distance`
+};
+
+constexpr IndexBitExchange exchange(unsigned a, unsigned b) {  // a < b
+    std::uint64_t lower = 0;
+    for (unsigned i = 0; i < 64; ++i)
+        if ((i >> a & 1) && !(i >> b & 1)) lower |= std::uint64_t(1) << i;
+    return {(1u << b) - (1u << a), lower};
+}
+
+// Index bit 0 goes to 2, 2 to 4, 4 to 0; likewise 1 to 3, 3 to 5, 5 to 1.
+constexpr IndexBitExchange kRotateByTwo[] = {exchange(0, 2), exchange(0, 4), exchange(1, 3), exchange(1, 5)};
+
+inline std::uint64_t planesToPixels(std::uint64_t x) {
+    for (const IndexBitExchange& e : kRotateByTwo) {
+        const std::uint64_t t = ((x >> e.distance) ^ x) & e.lower;
+        x ^= t ^ (t << e.distance);
+    }
+    x = ((x >> 8) & 0x00FF00FF00FF00FFull) | ((x & 0x00FF00FF00FF00FFull) << 8);
+    return ((x >> 16) & 0x0000FFFF0000FFFFull) | ((x & 0x0000FFFF0000FFFFull) << 16);
+}
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
+#define TINY_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+#else
+#define TINY_VECTOR_CLONES
+#endif
+
+// One column of groups, all 200 lines, from the words of up to four sets
+// (absent planes are 0) into bitmap rows of `rowWords` words, line 0 the
+// last row. The lines of a column lie side by side in each set, so the
+// loop over them runs in vector lanes.
+TINY_VECTOR_CLONES
+void mergeColumn(const std::uint16_t* p0, const std::uint16_t* p1, const std::uint16_t* p2, const std::uint16_t* p3,
+                 std::uint16_t* lastRow, std::size_t rowWords) {
+    for (std::size_t y = 0; y < 200; ++y) {
+        const std::uint64_t x = std::uint64_t(p0[y]) | std::uint64_t(p1[y]) << 16 | std::uint64_t(p2[y]) << 32 |
+                                std::uint64_t(p3[y]) << 48;
+        const std::uint64_t pixels = planesToPixels(x);
+        std::memcpy(lastRow - rowWords * y, &pixels, 8);
+    }
+}
+
+// Group m of a low line is column m of the four sets.
+void mergeLowColumns(Staging& s) {
+    const std::uint16_t* w = s.srcwords.data();
+    std::uint16_t* lastRow = s.lowbmp.data() + kColourPixelWord + 80 * 199;
+    for (std::size_t m = 0; m < 20; ++m)
+        mergeColumn(w + screenWord(0, m, 0), w + screenWord(1, m, 0), w + screenWord(2, m, 0), w + screenWord(3, m, 0),
+                    lastRow + 4 * m, 80);
+}
+
+// Group k of a medium line is the screen words 2k and 2k + 1: sets 0 and 1
+// of column k / 2 for even k, sets 2 and 3 for odd k.
+void mergeMediumColumns(Staging& s) {
+    static constexpr std::uint16_t kNoPlane[200] = {};
+    const std::uint16_t* w = s.srcwords.data();
+    std::uint16_t* lastRow = s.medbmp.data() + kColourPixelWord + 160 * 199;
+    for (std::size_t k = 0; k < 40; ++k) {
+        const std::size_t set = 2 * (k % 2), column = k / 2;
+        mergeColumn(w + screenWord(set, column, 0), w + screenWord(set + 1, column, 0), kNoPlane, kNoPlane,
+                    lastRow + 4 * k, 160);
+    }
+}
+
+// A screen line of 80 words is two mono lines: columns 0 to 9 make line 2y,
+// columns 10 to 19 line 2y + 1. The words go unchanged.
+void copyMonoColumns(Staging& s) {
+    const std::uint16_t* w = s.srcwords.data();
+    for (std::size_t n = 0; n < 400; ++n) {
+        std::uint16_t* row = s.monobmp.data() + kMonoPixelWord + 40 * (399 - n);
+        const std::size_t y = n / 2, firstColumn = 10 * (n % 2);
+        for (std::size_t g = 0; g < 10; ++g)
+            for (std::size_t j = 0; j < 4; ++j) row[4 * g + j] = w[screenWord(j, firstColumn + g, y)];
+    }
+}
+
+}  // namespace
+
+Decoded tiny(Staging& s, const Source& src) {
+    const TinySource in(src);
+    const int n = in.byte(0);
+    const std::int64_t t = n >= 3 ? 4 : 0;
+    const std::int16_t controlLength = in.count(33 + t);
+    readWords(s, src, 0, std::size_t(1 + t), 16);
+    unpackStreams(s, in, 37 + t, controlLength);
+    s.convertPaletteFromSrcwords(0, s.lowbmp.data());
+    s.convertPaletteFromSrcwords(0, s.medbmp.data());
+
+    // The resolution byte is tested only now: a bad one leaves the new
+    // words and palettes in place but stages nothing.
+    switch (n) {
+        case 0:
+        case 3:
+            mergeLowColumns(s);
+            return {false, s.emitLow(), " Tiny 320*200 16 Colour", 1};
+        case 1:
+        case 4:
+            mergeMediumColumns(s);
+            return {false, s.emitMedium(), " Tiny 640*200 4 Colour", 2};
+        case 2:
+        case 5:
+            copyMonoColumns(s);
+            return {false, s.emitMono(), " Tiny 640*400 Mono", 3};
+        default:
+            return rejectedSource();
+    }
+}
+
+}  // namespace velmoric
