@@ -32,9 +32,12 @@ constexpr PackedLayout kPackedMono{400, 80, 1, 2};
 // What passes the end of the last row still lies inside srcwords.
 static_assert(kImageByte + 32000 + 128 * 8 <= 2 * kSrcWordsExtent);
 
-// A run is written 128 bytes at a time, whatever its length: the bytes
-// behind its end hold anything until the next run or plane overwrites them.
+// A run is written 16 bytes at a time: the bytes behind its end hold
+// anything until the next run or plane overwrites them. No run writes more
+// than 128 bytes.
+constexpr std::size_t kChunk = 16;
 constexpr std::size_t kRunRoom = 128;
+static_assert(kRunRoom % kChunk == 0);
 
 // The source from the end of the header on; a read past its end yields 0.
 class RunReader {
@@ -44,21 +47,33 @@ public:
     // Reads one control byte n and its run into `to`, which has room for
     // kRunRoom bytes, and returns the run's length. Below 128 the next
     // n + 1 bytes are copied, above 128 the next byte is repeated 257 - n
-    // times, 128 stands alone. Copies of a fixed length are much cheaper
-    // than copies of the run's own.
+    // times, 128 stands alone. Most runs are a few bytes long, and a copy
+    // of one chunk is much cheaper than one of the run's own length.
     std::size_t run(std::uint8_t* to) {
         if (at_ + 1 + 128 > size_) return runNearTheEnd(to);
         const std::uint8_t* p = data_ + at_;
         const unsigned n = p[0];
         if (n < 128) {
-            std::memcpy(to, p + 1, 128);
-            at_ += n + 2;
-            return n + 1;
+            const std::size_t length = n + 1;
+            std::size_t i = 0;
+            do {
+                std::memcpy(to + i, p + 1 + i, kChunk);
+                i += kChunk;
+            } while (i < length);
+            at_ += length + 1;
+            return length;
         }
         if (n > 128) {
-            std::memset(to, p[1], 128);
+            const std::size_t length = 257 - n;
+            std::uint8_t fill[kChunk];
+            std::memset(fill, p[1], kChunk);
+            std::size_t i = 0;
+            do {
+                std::memcpy(to + i, fill, kChunk);
+                i += kChunk;
+            } while (i < length);
             at_ += 2;
-            return 257 - n;
+            return length;
         }
         at_ += 1;
         return 0;
