@@ -215,4 +215,41 @@ TEST(MacPaint, HostileFilesEndAndMatchTheReference) {
     }
 }
 
+// Runs that are written in whole blocks must still leave every byte behind
+// the last run as the earlier pictures left it, and take the same bytes near
+// the end of srcbytes, where reads give 0.
+TEST(MacPaint, BytesBehindTheLastRunKeepTheEarlierPicture) {
+    std::vector<Bytes> files;
+    std::mt19937 rng(77);
+    for (int n = 0; n < 24; ++n) {
+        // Mostly short commands, as real pictures have, some of full length.
+        Bytes packed;
+        while (packed.size() < 60000) {
+            const std::uint8_t control = std::uint8_t(rng() % 4 == 0 ? rng() : (rng() % 2 ? rng() % 40 : 250 + rng() % 6));
+            packed.push_back(control);
+            const Bytes data = vtest::randomBytes(control < 128 ? control + 1u : 1u, std::uint32_t(rng()));
+            packed.insert(packed.end(), data.begin(), data.end());
+        }
+        files.push_back(macFile(packed));
+    }
+    // Empty controls up to the end of srcbytes, then commands that read past it.
+    for (std::size_t tail : {1, 2, 64, 127, 128, 129, 130, 200, 300}) {
+        Bytes file = macFile(Bytes(kSrcBytesExtent - 512 - tail, 0x80));
+        const Bytes end = vtest::randomBytes(tail, std::uint32_t(tail));
+        file.insert(file.end(), end.begin(), end.end());
+        files.push_back(file);
+    }
+    for (const Bytes& file : files) {
+        auto s = freshStaging();
+        const Bytes before = vtest::randomBytes(kPixBytesExtent, 99);
+        std::copy(before.begin(), before.end(), s->pixbytes.data());
+        const Decoded d = decode(*s, file);
+        const Bytes picture = referencePicture(file);
+        Bytes expected = before;
+        std::copy(picture.begin(), picture.end(), expected.begin());
+        EXPECT_EQ(pixbytes(*s, kPixBytesExtent), expected) << file.size() << " bytes, picture of " << picture.size();
+        EXPECT_EQ(bytesOf(d.bitmap), referenceBitmap(picture)) << file.size();
+    }
+}
+
 }  // namespace
