@@ -3,6 +3,10 @@
 // unpacked, the screen goes through the same merges as a Degas picture.
 #include "decoders/decoder.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace velmoric {
 namespace {
 
@@ -15,89 +19,173 @@ void readSourceBytes(Staging& s, const Source& src) {
     if (n) std::memcpy(s.srcbytes.data(), src.bytes.data(), n);
 }
 
-// Where the next byte of the picture goes: every stride-th byte of the
-// screen, pass after pass, `stride` passes in all.
-class StrideCursor {
-public:
-    explicit StrideCursor(std::size_t stride) : stride_(stride), passesLeft_(std::ptrdiff_t(stride) - 1) {}
+// The stream is unpacked in two steps. First into one line in the order in
+// which the stride visits the screen: pass 0 takes 0, S, 2S... below 32000,
+// pass 1 takes 1, 1 + S..., and a pass that starts behind the screen (a
+// stride above 32000) still takes its one position. That gives
+// max(32000, S) positions, and the picture ends at the last of them, even in
+// the middle of a command. Then the line is laid over the screen pass by
+// pass, which is a transpose of a matrix of bytes.
 
-    std::size_t pos() const { return pos_; }
-    // False once the last pass is over: the picture ends there, even in the
-    // middle of a command.
-    bool advance() {
-        pos_ += stride_;
-        if (pos_ >= kScreenBytes) {
-            ++pass_;
-            pos_ = pass_;
-            if (--passesLeft_ < 0) return false;
+// The number of positions the stride visits, one for each store or skip.
+std::size_t visitedPositions(std::size_t stride) { return std::max(kScreenBytes, stride); }
+
+// Reads the packed stream from srcbytes at `r` into `line` from position 0
+// until `total` positions are done or the end command comes. A skip only
+// moves on, so the skipped bytes keep what `line` held. Each command covers
+// at least one position, so the loop ends.
+void unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t r, std::uint8_t escape,
+                std::uint8_t* line, std::size_t total) {
+    const std::uint8_t* bytes = in.data();
+    std::size_t t = 0;
+    auto next = [&] { return in.get(r++); };
+    auto store = [&](std::uint8_t value, std::size_t count) {
+        count = std::min(count, total - t);
+        std::memset(line + t, value, count);
+        t += count;
+    };
+    while (t < total) {
+        // Behind srcbytes every read gives 0, and a 0 is stored once whether
+        // it is a plain byte or, with an escape of 0, a doubled escape.
+        if (r >= kSrcBytesExtent) {
+            store(0, total - t);
+            return;
         }
-        return true;
+        if (bytes[r] != escape) {
+            // Plain bytes up to the next escape go in as they are.
+            const void* found = std::memchr(bytes + r, escape, kSrcBytesExtent - r);
+            const std::size_t plain = found ? std::size_t(static_cast<const std::uint8_t*>(found) - (bytes + r))
+                                            : kSrcBytesExtent - r;
+            const std::size_t count = std::min(plain, total - t);
+            std::memcpy(line + t, bytes + r, count);
+            t += count;
+            r += count;
+            continue;
+        }
+        ++r;
+        // A doubled escape is a literal before anything else, whatever the
+        // escape's value, so an escape of 0, 1 or 2 can still be stored.
+        const std::uint8_t k = next();
+        if (k == escape) {
+            store(escape, 1);
+        } else if (k == 0) {
+            const std::size_t n = next();
+            store(next(), n + 1);
+        } else if (k == 1) {
+            const std::size_t h = next();
+            const std::size_t l = next();
+            store(next(), h * 256 + l + 1);
+        } else if (k == 2) {
+            const std::size_t h = next();
+            if (h == 0) return;  // end of the picture
+            const std::size_t l = next();
+            t += std::min(h * 256 + l + 1, total - t);
+        } else {
+            store(next(), std::size_t(k) + 1);
+        }
     }
+}
 
-private:
-    std::size_t stride_;
-    std::size_t pos_ = 0;
-    std::size_t pass_ = 0;
-    std::ptrdiff_t passesLeft_;
-};
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
+#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+#else
+#define VELMORIC_VECTOR_CLONES
+#endif
 
-// Reads the packed stream from srcbytes at `at`. Each command stores or
-// skips at least one position, and there are only about as many positions
-// as the larger of the screen and the stride, so the loop always ends; a
-// read behind the extent of srcbytes gives 0, which is an ordinary command.
-void unpackStream(Staging& s, std::size_t at) {
+// Eight rows of eight bytes, `from` apart in `src`, into eight columns of
+// `dst`, rows `to` apart: dst[k * to + i] = src[i * from + k].
+inline void transposeTile(const std::uint8_t* src, std::size_t from, std::uint8_t* dst, std::size_t to) {
+#if defined(__SSE2__)
+    __m128i r[8];
+    for (std::size_t i = 0; i < 8; ++i) r[i] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i * from));
+    const __m128i t0 = _mm_unpacklo_epi8(r[0], r[1]), t1 = _mm_unpacklo_epi8(r[2], r[3]);
+    const __m128i t2 = _mm_unpacklo_epi8(r[4], r[5]), t3 = _mm_unpacklo_epi8(r[6], r[7]);
+    const __m128i u0 = _mm_unpacklo_epi16(t0, t1), u1 = _mm_unpackhi_epi16(t0, t1);
+    const __m128i u2 = _mm_unpacklo_epi16(t2, t3), u3 = _mm_unpackhi_epi16(t2, t3);
+    const __m128i columns[4] = {_mm_unpacklo_epi32(u0, u2), _mm_unpackhi_epi32(u0, u2), _mm_unpacklo_epi32(u1, u3),
+                                _mm_unpackhi_epi32(u1, u3)};
+    for (std::size_t k = 0; k < 4; ++k) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 2 * k * to), columns[k]);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + (2 * k + 1) * to), _mm_unpackhi_epi64(columns[k], columns[k]));
+    }
+#else
+    for (std::size_t i = 0; i < 8; ++i)
+        for (std::size_t k = 0; k < 8; ++k) dst[k * to + i] = src[i * from + k];
+#endif
+}
+
+// Passes of fewer than eight positions each (strides above 4000): the
+// length known at compile time lets the loop run over the passes in vectors.
+template <std::size_t Len>
+VELMORIC_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes,
+                                           std::size_t stride) {
+    for (std::size_t a = 0; a < passes; ++a)
+        for (std::size_t j = 0; j < Len; ++j) screen[a + j * stride] = line[a * Len + j];
+}
+
+// `passes` consecutive passes of `len` positions each, from `line` onto the
+// screen from the first pass's position on: screen[a + j * stride] =
+// line[a * len + j].
+void layPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
+               std::size_t stride) {
+    if (passes >= 8 && len >= 8) {
+        // Tiles of eight passes by eight positions; the last tile of a row or
+        // column steps back to fit, writing some bytes twice, alike.
+        for (std::size_t a0 = 0; a0 < passes; a0 += 8) {
+            const std::size_t a = std::min(a0, passes - 8);
+            for (std::size_t j0 = 0; j0 < len; j0 += 8) {
+                const std::size_t j = std::min(j0, len - 8);
+                transposeTile(line + a * len + j, len, screen + j * stride + a, stride);
+            }
+        }
+        return;
+    }
+    switch (len) {
+        case 1: std::memcpy(screen, line, passes); return;
+        case 2: layShortPasses<2>(line, screen, passes, stride); return;
+        case 3: layShortPasses<3>(line, screen, passes, stride); return;
+        case 4: layShortPasses<4>(line, screen, passes, stride); return;
+        case 5: layShortPasses<5>(line, screen, passes, stride); return;
+        case 6: layShortPasses<6>(line, screen, passes, stride); return;
+        case 7: layShortPasses<7>(line, screen, passes, stride); return;
+        default: break;
+    }
+    // Fewer than eight passes (strides below 8) of many positions.
+    for (std::size_t a = 0; a < passes; ++a)
+        for (std::size_t j = 0; j < len; ++j) screen[a + j * stride] = line[a * len + j];
+}
+
+// The line of a stride from 2 to 31999 onto the screen. The first
+// 32000 mod S passes hold one position more than the others.
+void layLine(const std::uint8_t* line, std::uint8_t* screen, std::size_t stride) {
+    const std::size_t len = kScreenBytes / stride, longer = kScreenBytes % stride;
+    layPasses(line, screen, longer, len + 1, stride);
+    layPasses(line + longer * (len + 1), screen + longer, stride - longer, len, stride);
+}
+
+// Reads the packed fields and stream from srcbytes at `at` into the first
+// 32000 bytes of pixbytes (and, for a stride above 32000, the positions
+// behind them that its passes visit). `scratch` holds 32000 bytes that
+// nothing else needs meanwhile.
+void unpackStream(Staging& s, std::size_t at, std::uint8_t* scratch) {
     const auto& in = s.srcbytes;
-    auto& pix = s.pixbytes;
+    std::uint8_t* pix = s.pixbytes.data();
     const std::uint8_t escape = in.get(at);
     const std::uint8_t initial = in.get(at + 1);
     const std::size_t stride = std::size_t(((in.get(at + 2) & 0x7F) << 8) | in.get(at + 3));
-    std::memset(pix.data(), initial, kScreenBytes);
+    std::memset(pix, initial, kScreenBytes);
     if (stride == 0) return;
 
-    StrideCursor cursor(stride);
-    std::size_t r = at + 4;
-    auto next = [&] { return in.get(r++); };
-    // Positions behind the screen (a stride above 32000) still take the
-    // store, inside pixbytes, where no bitmap row reads it.
-    // False when the last pass ended inside the run.
-    auto fill = [&](std::uint8_t value, std::size_t count) {
-        for (; count; --count) {
-            pix.put(cursor.pos(), value);
-            if (!cursor.advance()) return false;
-        }
-        return true;
-    };
-
-    for (;;) {
-        const std::uint8_t b = next();
-        bool more;
-        if (b != escape) {
-            more = fill(b, 1);
-        } else {
-            // A doubled escape is a literal before anything else, whatever
-            // the escape's value, so an escape of 0, 1 or 2 can still be stored.
-            const std::uint8_t k = next();
-            if (k == escape) {
-                more = fill(escape, 1);
-            } else if (k == 0) {
-                const std::size_t n = next();
-                more = fill(next(), n + 1);
-            } else if (k == 1) {
-                const std::size_t h = next();
-                const std::size_t l = next();
-                more = fill(next(), h * 256 + l + 1);
-            } else if (k == 2) {
-                const std::size_t h = next();
-                if (h == 0) return;  // end of the picture
-                const std::size_t l = next();
-                more = true;
-                for (std::size_t n = h * 256 + l + 1; n && more; --n) more = cursor.advance();
-            } else {
-                more = fill(next(), std::size_t(k) + 1);
-            }
-        }
-        if (!more) return;
+    // One store a pass, or one pass: the line is the screen itself. Behind
+    // the screen, skipped positions keep what pixbytes held there.
+    if (stride == 1 || stride >= kScreenBytes) {
+        static_assert(32767 <= kPixBytesExtent);
+        unpackLine(in, at + 4, escape, pix, visitedPositions(stride));
+        return;
     }
+    std::memset(scratch, initial, kScreenBytes);
+    unpackLine(in, at + 4, escape, scratch, kScreenBytes);
+    layLine(scratch, pix, stride);
 }
 
 // The three resolutions differ in where the pixels start (behind a palette
@@ -108,10 +196,13 @@ Decoded crack(Staging& s, const Source& src, Resolution res) {
     readSourceBytes(s, src);
     const std::size_t pixelsAt = res == Resolution::Low ? 36 : res == Resolution::Medium ? 12 : 4;
 
+    static_assert(36 + kScreenBytes <= kSrcBytesExtent);
     if (s.srcbytes.get(2) == 0) {
-        for (std::size_t i = 0; i < kScreenBytes; ++i) s.pixbytes[i] = s.srcbytes.get(pixelsAt + i);
+        std::memcpy(s.pixbytes.data(), s.srcbytes.data() + pixelsAt, kScreenBytes);
     } else {
-        unpackStream(s, pixelsAt);
+        // The first 32000 bytes of srcwords serve as the line: the screen
+        // is copied over them below.
+        unpackStream(s, pixelsAt, reinterpret_cast<std::uint8_t*>(s.srcwords.data()));
     }
 
     // Medium resolution also converts 16 words from byte 4, though its file
