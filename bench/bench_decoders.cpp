@@ -32,10 +32,10 @@ Bytes randomBytes(std::size_t n, std::uint32_t seed) {
 
 // The first real picture of the extension in the corpus, when it is there:
 // packed formats are only as fast as their pictures are packed.
-Bytes corpusPicture(const Format& f) {
+Bytes corpusPicture(std::string_view extension) {
     namespace fs = std::filesystem;
     std::error_code ec;
-    const fs::path folder = fs::path(VELMORIC_CORPUS_DIR) / std::string(f.lower);
+    const fs::path folder = fs::path(VELMORIC_CORPUS_DIR) / std::string(extension);
     std::vector<fs::path> files;
     for (const auto& entry : fs::directory_iterator(folder, ec)) files.push_back(entry.path());
     std::sort(files.begin(), files.end());
@@ -51,7 +51,23 @@ Bytes corpusPicture(const Format& f) {
 // one, else random bytes (uncompressed formats get their whole length,
 // packed ones a stream long enough for a whole picture).
 Bytes sourceFor(const Format& f) {
-    if (Bytes real = corpusPicture(f); !real.empty()) return real;
+    if (Bytes real = corpusPicture(f.lower); !real.empty()) return real;
+    // A sister format's real picture, re-headed: Tiny keeps its stream behind
+    // the resolution byte, Crack Art's stream follows a shorter palette.
+    const std::string_view e0 = f.upper;
+    if (e0.substr(0, 2) == "TN") {
+        Bytes b = corpusPicture("tn1");
+        if (!b.empty() && e0 != "TNY") b[0] = std::uint8_t(e0[2] - '1');
+        if (!b.empty()) return b;
+    }
+    if (e0 == "CA2" || e0 == "CA3") {
+        Bytes b = corpusPicture("ca1");
+        const std::size_t palette = e0 == "CA2" ? 24 : 32;  // of CA1's 32 bytes, what goes
+        if (b.size() > 36) {
+            b.erase(b.begin() + std::ptrdiff_t(36 - palette), b.begin() + 36);
+            return b;
+        }
+    }
     const std::string_view e = f.upper;
     if (e == "NEO") return randomBytes(32128, 1);
     if (e == "SPU") return randomBytes(51104, 2);
