@@ -1,6 +1,8 @@
 // Crack Art pictures (CA1 to CA3). The packed form fills the 32000-byte
 // Atari screen not in reading order but column by column at a stride; once
 // unpacked, the screen goes through the same merges as a Degas picture.
+#include <optional>
+
 #include "decoders/decoder.h"
 
 #if defined(__SSE2__)
@@ -30,18 +32,94 @@ void readSourceBytes(Staging& s, const Source& src) {
 // The number of positions the stride visits, one for each store or skip.
 std::size_t visitedPositions(std::size_t stride) { return std::max(kScreenBytes, stride); }
 
+// How many bytes from `at` on differ from `escape`, up to the end of
+// srcbytes. Most spans are short, so they are looked at 16 bytes at a time
+// before the library search takes over.
+std::size_t plainSpan(const std::uint8_t* bytes, std::size_t at, std::uint8_t escape) {
+    std::size_t n = 0;
+#if defined(__SSE2__)
+    const __m128i e = _mm_set1_epi8(char(escape));
+    for (int block = 0; block < 4 && at + n + 16 <= kSrcBytesExtent; ++block, n += 16) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes + at + n));
+        if (const unsigned hits = unsigned(_mm_movemask_epi8(_mm_cmpeq_epi8(v, e))))
+            return n + unsigned(std::countr_zero(hits));
+    }
+#endif
+    const void* found = std::memchr(bytes + at + n, escape, kSrcBytesExtent - at - n);
+    return found ? std::size_t(static_cast<const std::uint8_t*>(found) - (bytes + at)) : kSrcBytesExtent - at;
+}
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
+#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+#else
+#define VELMORIC_VECTOR_CLONES
+#endif
+
+using Bytes16 = std::uint8_t __attribute__((vector_size(16)));
+using Bytes32 = std::uint8_t __attribute__((vector_size(32)));
+
+// Exact copies and fills of the spans that commands give, with two
+// overlapping stores of the widest size that fits and nothing written
+// outside [dst, dst + count). Long copies go to the library.
+template <class Word>
+[[gnu::always_inline]] inline void copyEnds(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    Word head, tail;
+    std::memcpy(&head, src, sizeof head);
+    std::memcpy(&tail, src + count - sizeof tail, sizeof tail);
+    std::memcpy(dst, &head, sizeof head);
+    std::memcpy(dst + count - sizeof tail, &tail, sizeof tail);
+}
+
+[[gnu::always_inline]] inline void copySpan(std::uint8_t* dst, const std::uint8_t* src, std::size_t count) {
+    if (count > 32) {
+        std::memcpy(dst, src, count);
+    } else if (count >= 16) {
+        copyEnds<Bytes16>(dst, src, count);
+    } else if (count >= 8) {
+        copyEnds<std::uint64_t>(dst, src, count);
+    } else if (count >= 4) {
+        copyEnds<std::uint32_t>(dst, src, count);
+    } else if (count) {
+        // 1 to 3 bytes: the first, the middle and the last.
+        dst[0] = src[0];
+        dst[count / 2] = src[count / 2];
+        dst[count - 1] = src[count - 1];
+    }
+}
+
+// Runs are at most 65536 long and mostly far shorter: below a kilobyte,
+// plain vector stores beat the start-up of the library's string instruction.
+[[gnu::always_inline]] inline void fillSpan(std::uint8_t* dst, std::uint8_t value, std::size_t count) {
+    if (count > 1024) {
+        std::memset(dst, value, count);
+        return;
+    }
+    if (count > 32) {
+        Bytes32 v;
+        std::memset(&v, value, sizeof v);
+        for (std::size_t i = 0; i + sizeof v < count; i += sizeof v) std::memcpy(dst + i, &v, sizeof v);
+        std::memcpy(dst + count - sizeof v, &v, sizeof v);
+        return;
+    }
+    std::uint8_t pattern[32];
+    std::memset(pattern, value, sizeof pattern);
+    copySpan(dst, pattern, count);
+}
+
 // Reads the packed stream from srcbytes at `r` into `line` from position 0
-// until `total` positions are done or the end command comes. A skip only
+// until `total` positions are done or the end command comes, and gives the
+// number of positions done. A skip stores `skipped` when given, else only
 // moves on, so the skipped bytes keep what `line` held. Each command covers
 // at least one position, so the loop ends.
-void unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t r, std::uint8_t escape,
-                std::uint8_t* line, std::size_t total) {
+VELMORIC_VECTOR_CLONES
+std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t r, std::uint8_t escape,
+                       std::uint8_t* line, std::size_t total, std::optional<std::uint8_t> skipped) {
     const std::uint8_t* bytes = in.data();
     std::size_t t = 0;
     auto next = [&] { return in.get(r++); };
     auto store = [&](std::uint8_t value, std::size_t count) {
         count = std::min(count, total - t);
-        std::memset(line + t, value, count);
+        fillSpan(line + t, value, count);
         t += count;
     };
     while (t < total) {
@@ -49,15 +127,12 @@ void unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t
         // it is a plain byte or, with an escape of 0, a doubled escape.
         if (r >= kSrcBytesExtent) {
             store(0, total - t);
-            return;
+            break;
         }
         if (bytes[r] != escape) {
             // Plain bytes up to the next escape go in as they are.
-            const void* found = std::memchr(bytes + r, escape, kSrcBytesExtent - r);
-            const std::size_t plain = found ? std::size_t(static_cast<const std::uint8_t*>(found) - (bytes + r))
-                                            : kSrcBytesExtent - r;
-            const std::size_t count = std::min(plain, total - t);
-            std::memcpy(line + t, bytes + r, count);
+            const std::size_t count = std::min(plainSpan(bytes, r, escape), total - t);
+            copySpan(line + t, bytes + r, count);
             t += count;
             r += count;
             continue;
@@ -77,24 +152,24 @@ void unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t
             store(next(), h * 256 + l + 1);
         } else if (k == 2) {
             const std::size_t h = next();
-            if (h == 0) return;  // end of the picture
+            if (h == 0) break;  // end of the picture
             const std::size_t l = next();
-            t += std::min(h * 256 + l + 1, total - t);
+            const std::size_t count = h * 256 + l + 1;
+            if (skipped) {
+                store(*skipped, count);
+            } else {
+                t += std::min(count, total - t);
+            }
         } else {
             store(next(), std::size_t(k) + 1);
         }
     }
+    return t;
 }
-
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
-#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
-#else
-#define VELMORIC_VECTOR_CLONES
-#endif
 
 // Eight rows of eight bytes, `from` apart in `src`, into eight columns of
 // `dst`, rows `to` apart: dst[k * to + i] = src[i * from + k].
-inline void transposeTile(const std::uint8_t* src, std::size_t from, std::uint8_t* dst, std::size_t to) {
+[[gnu::always_inline]] inline void transposeTile(const std::uint8_t* src, std::size_t from, std::uint8_t* dst, std::size_t to) {
 #if defined(__SSE2__)
     __m128i r[8];
     for (std::size_t i = 0; i < 8; ++i) r[i] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i * from));
@@ -114,6 +189,60 @@ inline void transposeTile(const std::uint8_t* src, std::size_t from, std::uint8_
 #endif
 }
 
+// The same for eight rows of 32 bytes, in the vectors of the widest
+// instructions there are: byte, pair and quad interleaves within each
+// 16-byte half, after which vector m holds, as 8-byte columns, the
+// positions 2m, 2m + 1, 16 + 2m and 17 + 2m.
+using Pairs32 = std::uint16_t __attribute__((vector_size(32)));
+using Quads32 = std::uint32_t __attribute__((vector_size(32)));
+using Columns32 = std::uint64_t __attribute__((vector_size(32)));
+
+[[gnu::always_inline]] inline void transposeWideTile(const std::uint8_t* src, std::size_t from, std::uint8_t* dst, std::size_t to) {
+    const Bytes32 lo8 = {0, 32, 1, 33, 2, 34, 3, 35, 4, 36, 5, 37, 6, 38, 7, 39,
+                         16, 48, 17, 49, 18, 50, 19, 51, 20, 52, 21, 53, 22, 54, 23, 55};
+    const Bytes32 hi8 = lo8 + 8;
+    const Pairs32 lo16 = {0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27};
+    const Pairs32 hi16 = lo16 + 4;
+    const Quads32 lo32 = {0, 8, 1, 9, 4, 12, 5, 13};
+    const Quads32 hi32 = lo32 + 2;
+
+    Bytes32 r[8];
+    for (std::size_t i = 0; i < 8; ++i) std::memcpy(&r[i], src + i * from, sizeof r[i]);
+    Pairs32 a[8];  // rows 2p and 2p + 1 interleaved: positions 0-7 in a[2p], 8-15 in a[2p + 1]
+    for (std::size_t p = 0; p < 4; ++p) {
+        a[2 * p] = Pairs32(__builtin_shuffle(r[2 * p], r[2 * p + 1], lo8));
+        a[2 * p + 1] = Pairs32(__builtin_shuffle(r[2 * p], r[2 * p + 1], hi8));
+    }
+    Quads32 b[8];  // rows 0-3 in b[0..3], rows 4-7 in b[4..7], four positions each
+    for (std::size_t h = 0; h < 8; h += 4) {
+        b[h] = Quads32(__builtin_shuffle(a[h], a[h + 2], lo16));
+        b[h + 1] = Quads32(__builtin_shuffle(a[h], a[h + 2], hi16));
+        b[h + 2] = Quads32(__builtin_shuffle(a[h + 1], a[h + 3], lo16));
+        b[h + 3] = Quads32(__builtin_shuffle(a[h + 1], a[h + 3], hi16));
+    }
+    for (std::size_t q = 0; q < 4; ++q) {
+        const Columns32 c[2] = {Columns32(__builtin_shuffle(b[q], b[q + 4], lo32)),
+                                Columns32(__builtin_shuffle(b[q], b[q + 4], hi32))};
+        if (to == 8) {
+            // The columns lie end to end: positions 4q to 4q + 3, then 16
+            // on from there, four columns at a time.
+            const Columns32 low = __builtin_shuffle(c[0], c[1], Columns32{0, 1, 4, 5});
+            const Columns32 high = __builtin_shuffle(c[0], c[1], Columns32{2, 3, 6, 7});
+            std::memcpy(dst + 8 * 4 * q, &low, sizeof low);
+            std::memcpy(dst + 8 * (16 + 4 * q), &high, sizeof high);
+            continue;
+        }
+        for (std::size_t h = 0; h < 2; ++h) {
+            const std::size_t m = 2 * q + h;
+            const std::size_t position[4] = {2 * m, 2 * m + 1, 16 + 2 * m, 17 + 2 * m};
+            for (std::size_t e = 0; e < 4; ++e) {
+                const std::uint64_t column = c[h][e];
+                std::memcpy(dst + position[e] * to, &column, sizeof column);
+            }
+        }
+    }
+}
+
 // Passes of fewer than eight positions each (strides above 4000): the
 // length known at compile time lets the loop run over the passes in vectors.
 template <std::size_t Len>
@@ -126,8 +255,19 @@ VELMORIC_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_
 // `passes` consecutive passes of `len` positions each, from `line` onto the
 // screen from the first pass's position on: screen[a + j * stride] =
 // line[a * len + j].
+VELMORIC_VECTOR_CLONES
 void layPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
                std::size_t stride) {
+    if (passes >= 8 && len >= 32) {
+        for (std::size_t a0 = 0; a0 < passes; a0 += 8) {
+            const std::size_t a = std::min(a0, passes - 8);
+            for (std::size_t j0 = 0; j0 < len; j0 += 32) {
+                const std::size_t j = std::min(j0, len - 32);
+                transposeWideTile(line + a * len + j, len, screen + j * stride + a, stride);
+            }
+        }
+        return;
+    }
     if (passes >= 8 && len >= 8) {
         // Tiles of eight passes by eight positions; the last tile of a row or
         // column steps back to fit, writing some bytes twice, alike.
@@ -173,18 +313,19 @@ void unpackStream(Staging& s, std::size_t at, std::uint8_t* scratch) {
     const std::uint8_t escape = in.get(at);
     const std::uint8_t initial = in.get(at + 1);
     const std::size_t stride = std::size_t(((in.get(at + 2) & 0x7F) << 8) | in.get(at + 3));
-    std::memset(pix, initial, kScreenBytes);
-    if (stride == 0) return;
-
-    // One store a pass, or one pass: the line is the screen itself. Behind
-    // the screen, skipped positions keep what pixbytes held there.
-    if (stride == 1 || stride >= kScreenBytes) {
+    if (stride == 0 || stride == 1 || stride >= kScreenBytes) {
+        // No pass, one pass, or one store a pass: the line is the screen
+        // itself. Behind the screen, skipped positions keep what pixbytes
+        // held there.
+        std::memset(pix, initial, kScreenBytes);
         static_assert(32767 <= kPixBytesExtent);
-        unpackLine(in, at + 4, escape, pix, visitedPositions(stride));
+        if (stride) unpackLine(in, at + 4, escape, pix, visitedPositions(stride), std::nullopt);
         return;
     }
-    std::memset(scratch, initial, kScreenBytes);
-    unpackLine(in, at + 4, escape, scratch, kScreenBytes);
+    // Skipped positions and those behind the end of the picture keep the
+    // initial byte.
+    const std::size_t done = unpackLine(in, at + 4, escape, scratch, kScreenBytes, initial);
+    std::memset(scratch + done, initial, kScreenBytes - done);
     layLine(scratch, pix, stride);
 }
 

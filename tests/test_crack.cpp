@@ -84,18 +84,20 @@ std::vector<std::size_t> strideOrder(std::size_t stride) {
     return order;
 }
 
-Bytes referenceScreen(const Bytes& file, const Res& r) {
+// The whole of pixbytes after decoding `file` over `before`: the screen,
+// and behind it what the passes of a stride above 32000 store there.
+Bytes referencePixbytes(const Bytes& file, const Res& r, Bytes before) {
     const Bytes src = srcbytesOf(file);
     auto at = [&](std::size_t i) -> int { return i < src.size() ? src[i] : 0; };
     const std::size_t base = r.pixelsAt;
-    Bytes screen(32000);
+    Bytes& screen = before;
     if (at(2) == 0) {
         for (std::size_t i = 0; i < 32000; ++i) screen[i] = std::uint8_t(at(base + i));
         return screen;
     }
     const int escape = at(base), initial = at(base + 1);
     const std::size_t stride = std::size_t((at(base + 2) << 8 | at(base + 3)) & 0x7FFF);
-    std::fill(screen.begin(), screen.end(), std::uint8_t(initial));
+    std::fill(screen.begin(), screen.begin() + 32000, std::uint8_t(initial));
     const std::vector<std::size_t> order = strideOrder(stride);
 
     std::vector<int> events;
@@ -127,8 +129,14 @@ Bytes referenceScreen(const Bytes& file, const Res& r) {
         }
     }
     for (std::size_t e = 0; e < std::min(events.size(), order.size()); ++e)
-        if (events[e] >= 0 && order[e] < 32000) screen[order[e]] = std::uint8_t(events[e]);
+        if (events[e] >= 0) screen[order[e]] = std::uint8_t(events[e]);
     return screen;
+}
+
+Bytes referenceScreen(const Bytes& file, const Res& r) {
+    Bytes pix = referencePixbytes(file, r, Bytes(kPixBytesExtent, 0));
+    pix.resize(32000);
+    return pix;
 }
 
 // The palette bytes the decoder takes: 32 from byte 4, whatever they hold.
@@ -393,6 +401,65 @@ TEST(Crack, HostileFilesEndAndMatchTheReference) {
         auto s = freshStaging();
         const Decoded d = decode(*s, file, *r);
         EXPECT_EQ(bytesOf(d.bitmap), referenceBitmap(file, *r)) << r->ext << " of " << file.size() << " bytes";
+    }
+}
+
+
+// The screen is unpacked in pass order and then laid over the screen in
+// tiles, whose shape depends on how many passes there are and how long
+// they are: strides around each change of shape, runs and skips that cross
+// passes, streams that read past srcbytes. Everything the decoder leaves
+// behind is compared: all of pixbytes, with the bytes behind the screen
+// from an earlier picture, and srcwords behind the 16000 words it takes.
+TEST(Crack, EveryStrideLeavesTheStateOfTheReference) {
+    const std::uint16_t strides[] = {1,    2,    3,    4,    5,     6,     7,     8,     9,     13,    31,
+                                     32,   33,   80,   160,  999,   1000,  1001,  1600,  3999,  4000,  4001,
+                                     4572, 5333, 7001, 10667, 15999, 16000, 16001, 31999, 32000, 32001, 32767};
+    std::mt19937 rng(17);
+    const Bytes pixBefore = vtest::randomBytes(kPixBytesExtent, 18);
+    const Bytes wordsBefore = vtest::randomBytes(2 * kSrcWordsExtent, 19);
+    for (std::uint16_t stride : strides) {
+        std::vector<Bytes> streams;
+        // Literals with now and then a doubled escape, a run, a skip.
+        for (int n = 0; n < 2; ++n) {
+            Bytes stream;
+            while (stream.size() < 40000) {
+                const unsigned pick = rng() % 16;
+                if (pick == 0) stream.insert(stream.end(), {0x99, 0x99});
+                else if (pick == 1) stream.insert(stream.end(), {0x99, std::uint8_t(3 + rng() % 253), std::uint8_t(rng())});
+                else if (pick == 2) stream.insert(stream.end(), {0x99, 1, std::uint8_t(rng() % 3), std::uint8_t(rng()), 0x42});
+                else if (pick == 3 && n) stream.insert(stream.end(), {0x99, 2, std::uint8_t(1 + rng() % 2), std::uint8_t(rng())});
+                else for (unsigned k = rng() % 70; k-- > 0;) stream.push_back(std::uint8_t(rng() % 0x99));
+            }
+            streams.push_back(stream);
+        }
+        // Runs of one up to the end of srcbytes, a few literals there, then
+        // the zeros behind it.
+        Bytes ones;
+        while (ones.size() < kSrcBytesExtent - 40 - 7) ones.insert(ones.end(), {0x99, 0, 0, std::uint8_t(rng())});
+        ones.resize(kSrcBytesExtent - 40 - 3);
+        ones.insert(ones.end(), {1, 2, 3});
+        streams.push_back(ones);
+        // Stopped by the end command in the middle of a pass.
+        streams.push_back(Bytes{5, 6, 0x99, 3, 7, 8, 0x99, 2, 0});
+
+        for (const Bytes& stream : streams) {
+            const Bytes file = packedFile(kCa1, 0x99, 0x5A, stride, stream, std::uint32_t(rng()));
+            auto s = freshStaging();
+            std::copy(pixBefore.begin(), pixBefore.end(), s->pixbytes.data());
+            std::memcpy(s->srcwords.data(), wordsBefore.data(), wordsBefore.size());
+            const Decoded d = decode(*s, file, kCa1);
+            const Bytes pix(s->pixbytes.data(), s->pixbytes.data() + kPixBytesExtent);
+            const Bytes expected = referencePixbytes(file, kCa1, pixBefore);
+            const auto diff = std::mismatch(pix.begin(), pix.end(), expected.begin());
+            EXPECT_EQ(diff.first, pix.end()) << "stride " << stride << ", stream of " << stream.size()
+                                             << ": first difference at " << (diff.first - pix.begin());
+            const auto* words = reinterpret_cast<const std::uint8_t*>(s->srcwords.data());
+            EXPECT_TRUE(std::equal(words, words + 32000, expected.begin())) << "stride " << stride;
+            EXPECT_TRUE(std::equal(words + 32000, words + wordsBefore.size(), wordsBefore.begin() + 32000))
+                << "stride " << stride;
+            EXPECT_EQ(bytesOf(d.bitmap), referenceBitmap(file, kCa1)) << "stride " << stride;
+        }
     }
 }
 
