@@ -167,26 +167,28 @@ std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std:
     return t;
 }
 
-// Eight rows of eight bytes, `from` apart in `src`, into eight columns of
-// `dst`, rows `to` apart: dst[k * to + i] = src[i * from + k].
-[[gnu::always_inline]] inline void transposeTile(const std::uint8_t* src, std::size_t from, std::uint8_t* dst, std::size_t to) {
+// Eight rows of eight bytes, from rows[i] + j, into eight columns of `dst`,
+// rows `to` apart: dst[k * to + i] = rows[i][j + k].
+[[gnu::always_inline]] inline void transposeTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst,
+                                                 std::size_t to) {
 #if defined(__SSE2__)
     __m128i r[8];
-    for (std::size_t i = 0; i < 8; ++i) r[i] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(src + i * from));
+    for (std::size_t i = 0; i < 8; ++i) r[i] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(rows[i] + j));
     const __m128i t0 = _mm_unpacklo_epi8(r[0], r[1]), t1 = _mm_unpacklo_epi8(r[2], r[3]);
     const __m128i t2 = _mm_unpacklo_epi8(r[4], r[5]), t3 = _mm_unpacklo_epi8(r[6], r[7]);
     const __m128i u0 = _mm_unpacklo_epi16(t0, t1), u1 = _mm_unpackhi_epi16(t0, t1);
     const __m128i u2 = _mm_unpacklo_epi16(t2, t3), u3 = _mm_unpackhi_epi16(t2, t3);
-    const __m128i columns[4] = {_mm_unpacklo_epi32(u0, u2), _mm_unpackhi_epi32(u0, u2), _mm_unpacklo_epi32(u1, u3),
-                                _mm_unpackhi_epi32(u1, u3)};
-    for (std::size_t k = 0; k < 4; ++k) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 2 * k * to), columns[k]);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + (2 * k + 1) * to), _mm_unpackhi_epi64(columns[k], columns[k]));
-    }
+    alignas(16) std::uint8_t out[64];
+    _mm_store_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(u0, u2));
+    _mm_store_si128(reinterpret_cast<__m128i*>(out + 16), _mm_unpackhi_epi32(u0, u2));
+    _mm_store_si128(reinterpret_cast<__m128i*>(out + 32), _mm_unpacklo_epi32(u1, u3));
+    _mm_store_si128(reinterpret_cast<__m128i*>(out + 48), _mm_unpackhi_epi32(u1, u3));
 #else
+    std::uint8_t out[64];
     for (std::size_t i = 0; i < 8; ++i)
-        for (std::size_t k = 0; k < 8; ++k) dst[k * to + i] = src[i * from + k];
+        for (std::size_t k = 0; k < 8; ++k) out[8 * k + i] = rows[i][j + k];
 #endif
+    for (std::size_t k = 0; k < 8; ++k) std::memcpy(dst + k * to, out + 8 * k, 8);
 }
 
 // The same for eight rows of 32 bytes, in the vectors of the widest
@@ -197,7 +199,7 @@ using Pairs32 = std::uint16_t __attribute__((vector_size(32)));
 using Quads32 = std::uint32_t __attribute__((vector_size(32)));
 using Columns32 = std::uint64_t __attribute__((vector_size(32)));
 
-[[gnu::always_inline]] inline void transposeWideTile(const std::uint8_t* src, std::size_t from, std::uint8_t* dst, std::size_t to) {
+[[gnu::always_inline]] inline void transposeWideTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst, std::size_t to) {
     const Bytes32 lo8 = {0, 32, 1, 33, 2, 34, 3, 35, 4, 36, 5, 37, 6, 38, 7, 39,
                          16, 48, 17, 49, 18, 50, 19, 51, 20, 52, 21, 53, 22, 54, 23, 55};
     const Bytes32 hi8 = lo8 + 8;
@@ -207,7 +209,7 @@ using Columns32 = std::uint64_t __attribute__((vector_size(32)));
     const Quads32 hi32 = lo32 + 2;
 
     Bytes32 r[8];
-    for (std::size_t i = 0; i < 8; ++i) std::memcpy(&r[i], src + i * from, sizeof r[i]);
+    for (std::size_t i = 0; i < 8; ++i) std::memcpy(&r[i], rows[i] + j, sizeof r[i]);
     Pairs32 a[8];  // rows 2p and 2p + 1 interleaved: positions 0-7 in a[2p], 8-15 in a[2p + 1]
     for (std::size_t p = 0; p < 4; ++p) {
         a[2 * p] = Pairs32(__builtin_shuffle(r[2 * p], r[2 * p + 1], lo8));
@@ -243,8 +245,50 @@ using Columns32 = std::uint64_t __attribute__((vector_size(32)));
     }
 }
 
-// Passes of fewer than eight positions each (strides above 4000): the
-// length known at compile time lets the loop run over the passes in vectors.
+// Where pass p starts in the line: the first `longer` = 32000 mod S passes
+// hold one position more than the others.
+struct PassStarts {
+    const std::uint8_t* line;
+    std::size_t len, longer;
+    const std::uint8_t* operator()(std::size_t p) const { return line + p * len + std::min(p, longer); }
+};
+
+// Strides below 8: all passes at once, a screen row of S bytes for each
+// position; with S known at compile time the loop runs in vectors.
+template <std::size_t S>
+VELMORIC_VECTOR_CLONES void interleavePasses(PassStarts starts, std::uint8_t* screen) {
+    const std::uint8_t* r[S];
+    for (std::size_t p = 0; p < S; ++p) r[p] = starts(p);
+    for (std::size_t j = 0; j < starts.len; ++j)
+        for (std::size_t p = 0; p < S; ++p) screen[j * S + p] = r[p][j];
+}
+
+// The first `len` positions, at least 8, of every pass of a stride of at
+// least 8: screen[p + j * stride] = line[start of p + j]. Tiles of eight
+// passes by 32 or 8 positions; the last tile of a row or column steps back
+// to fit, writing some bytes twice, alike.
+VELMORIC_VECTOR_CLONES
+void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
+    const std::size_t len = starts.len;
+    const std::size_t width = len >= 32 ? 32 : 8;
+    for (std::size_t a0 = 0; a0 < stride; a0 += 8) {
+        const std::size_t a = std::min(a0, stride - 8);
+        const std::uint8_t* rows[8];
+        for (std::size_t i = 0; i < 8; ++i) rows[i] = starts(a + i);
+        for (std::size_t j0 = 0; j0 < len; j0 += width) {
+            const std::size_t j = std::min(j0, len - width);
+            if (width == 32) {
+                transposeWideTile(rows, j, screen + j * stride + a, stride);
+            } else {
+                transposeTile(rows, j, screen + j * stride + a, stride);
+            }
+        }
+    }
+}
+
+// Passes of at most eight positions each (strides above 4000), in two
+// groups of equal length: with the length known at compile time the loop
+// runs over the passes in vectors. screen[a + j * stride] = line[a * Len + j].
 template <std::size_t Len>
 VELMORIC_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes,
                                            std::size_t stride) {
@@ -252,55 +296,42 @@ VELMORIC_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_
         for (std::size_t j = 0; j < Len; ++j) screen[a + j * stride] = line[a * Len + j];
 }
 
-// `passes` consecutive passes of `len` positions each, from `line` onto the
-// screen from the first pass's position on: screen[a + j * stride] =
-// line[a * len + j].
-VELMORIC_VECTOR_CLONES
-void layPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
-               std::size_t stride) {
-    if (passes >= 8 && len >= 32) {
-        for (std::size_t a0 = 0; a0 < passes; a0 += 8) {
-            const std::size_t a = std::min(a0, passes - 8);
-            for (std::size_t j0 = 0; j0 < len; j0 += 32) {
-                const std::size_t j = std::min(j0, len - 32);
-                transposeWideTile(line + a * len + j, len, screen + j * stride + a, stride);
-            }
-        }
-        return;
-    }
-    if (passes >= 8 && len >= 8) {
-        // Tiles of eight passes by eight positions; the last tile of a row or
-        // column steps back to fit, writing some bytes twice, alike.
-        for (std::size_t a0 = 0; a0 < passes; a0 += 8) {
-            const std::size_t a = std::min(a0, passes - 8);
-            for (std::size_t j0 = 0; j0 < len; j0 += 8) {
-                const std::size_t j = std::min(j0, len - 8);
-                transposeTile(line + a * len + j, len, screen + j * stride + a, stride);
-            }
-        }
-        return;
-    }
+void layShortPassGroup(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
+                       std::size_t stride) {
     switch (len) {
-        case 1: std::memcpy(screen, line, passes); return;
-        case 2: layShortPasses<2>(line, screen, passes, stride); return;
-        case 3: layShortPasses<3>(line, screen, passes, stride); return;
-        case 4: layShortPasses<4>(line, screen, passes, stride); return;
-        case 5: layShortPasses<5>(line, screen, passes, stride); return;
-        case 6: layShortPasses<6>(line, screen, passes, stride); return;
-        case 7: layShortPasses<7>(line, screen, passes, stride); return;
-        default: break;
+        case 1: std::memcpy(screen, line, passes); break;
+        case 2: layShortPasses<2>(line, screen, passes, stride); break;
+        case 3: layShortPasses<3>(line, screen, passes, stride); break;
+        case 4: layShortPasses<4>(line, screen, passes, stride); break;
+        case 5: layShortPasses<5>(line, screen, passes, stride); break;
+        case 6: layShortPasses<6>(line, screen, passes, stride); break;
+        case 7: layShortPasses<7>(line, screen, passes, stride); break;
+        case 8: layShortPasses<8>(line, screen, passes, stride); break;
+        default: break;  // not reached: len is below 8
     }
-    // Fewer than eight passes (strides below 8) of many positions.
-    for (std::size_t a = 0; a < passes; ++a)
-        for (std::size_t j = 0; j < len; ++j) screen[a + j * stride] = line[a * len + j];
 }
 
-// The line of a stride from 2 to 31999 onto the screen. The first
-// 32000 mod S passes hold one position more than the others.
+// The line of a stride from 2 to 31999 onto the screen.
 void layLine(const std::uint8_t* line, std::uint8_t* screen, std::size_t stride) {
-    const std::size_t len = kScreenBytes / stride, longer = kScreenBytes % stride;
-    layPasses(line, screen, longer, len + 1, stride);
-    layPasses(line + longer * (len + 1), screen + longer, stride - longer, len, stride);
+    const PassStarts starts{line, kScreenBytes / stride, kScreenBytes % stride};
+    if (starts.len < 8) {
+        // The longer passes first, then the others.
+        layShortPassGroup(line, screen, starts.longer, starts.len + 1, stride);
+        layShortPassGroup(starts(starts.longer), screen + starts.longer, stride - starts.longer, starts.len, stride);
+        return;
+    }
+    // The first len positions of every pass, then the one more of the
+    // longer passes.
+    switch (stride) {
+        case 2: interleavePasses<2>(starts, screen); break;
+        case 3: interleavePasses<3>(starts, screen); break;
+        case 4: interleavePasses<4>(starts, screen); break;
+        case 5: interleavePasses<5>(starts, screen); break;
+        case 6: interleavePasses<6>(starts, screen); break;
+        case 7: interleavePasses<7>(starts, screen); break;
+        default: layRectangle(starts, screen, stride); break;
+    }
+    for (std::size_t p = 0; p < starts.longer; ++p) screen[starts.len * stride + p] = starts(p)[starts.len];
 }
 
 // Reads the packed fields and stream from srcbytes at `at` into the first
