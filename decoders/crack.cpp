@@ -111,15 +111,29 @@ template <class Word>
 // number of positions done. A skip stores `skipped` when given, else only
 // moves on, so the skipped bytes keep what `line` held. Each command covers
 // at least one position, so the loop ends.
+//
+// When skips store, the caller fills the positions from the returned count
+// up to `total`, so every position below `total` is written in order: a
+// short span may then be written as a whole block of 32 bytes, whose bytes
+// behind the span are written again later. That spares the branches on the
+// length of each span.
 VELMORIC_VECTOR_CLONES
 std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t r, std::uint8_t escape,
                        std::uint8_t* line, std::size_t total, std::optional<std::uint8_t> skipped) {
     const std::uint8_t* bytes = in.data();
     std::size_t t = 0;
     auto next = [&] { return in.get(r++); };
+    const bool blocks = skipped.has_value();
     auto store = [&](std::uint8_t value, std::size_t count) {
         count = std::min(count, total - t);
-        fillSpan(line + t, value, count);
+        if (blocks && t + sizeof(Bytes32) <= total) {
+            Bytes32 v;
+            std::memset(&v, value, sizeof v);
+            std::memcpy(line + t, &v, sizeof v);
+            if (count > sizeof v) fillSpan(line + t + sizeof v, value, count - sizeof v);
+        } else {
+            fillSpan(line + t, value, count);
+        }
         t += count;
     };
     while (t < total) {
@@ -132,7 +146,13 @@ std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std:
         if (bytes[r] != escape) {
             // Plain bytes up to the next escape go in as they are.
             const std::size_t count = std::min(plainSpan(bytes, r, escape), total - t);
-            copySpan(line + t, bytes + r, count);
+            if (blocks && t + sizeof(Bytes32) <= total && r + sizeof(Bytes32) <= kSrcBytesExtent) {
+                std::memcpy(line + t, bytes + r, sizeof(Bytes32));
+                if (count > sizeof(Bytes32))
+                    copySpan(line + t + sizeof(Bytes32), bytes + r + sizeof(Bytes32), count - sizeof(Bytes32));
+            } else {
+                copySpan(line + t, bytes + r, count);
+            }
             t += count;
             r += count;
             continue;
@@ -344,20 +364,20 @@ void unpackStream(Staging& s, std::size_t at, std::uint8_t* scratch) {
     const std::uint8_t escape = in.get(at);
     const std::uint8_t initial = in.get(at + 1);
     const std::size_t stride = std::size_t(((in.get(at + 2) & 0x7F) << 8) | in.get(at + 3));
-    if (stride == 0 || stride == 1 || stride >= kScreenBytes) {
-        // No pass, one pass, or one store a pass: the line is the screen
-        // itself. Behind the screen, skipped positions keep what pixbytes
-        // held there.
+    if (stride == 0 || stride >= kScreenBytes) {
+        // No pass, or one store a pass: the line is the screen itself, and
+        // behind it skipped positions keep what pixbytes held there.
         std::memset(pix, initial, kScreenBytes);
         static_assert(32767 <= kPixBytesExtent);
         if (stride) unpackLine(in, at + 4, escape, pix, visitedPositions(stride), std::nullopt);
         return;
     }
     // Skipped positions and those behind the end of the picture keep the
-    // initial byte.
-    const std::size_t done = unpackLine(in, at + 4, escape, scratch, kScreenBytes, initial);
-    std::memset(scratch + done, initial, kScreenBytes - done);
-    layLine(scratch, pix, stride);
+    // initial byte. With one pass the line is the screen itself.
+    std::uint8_t* line = stride == 1 ? pix : scratch;
+    const std::size_t done = unpackLine(in, at + 4, escape, line, kScreenBytes, initial);
+    std::memset(line + done, initial, kScreenBytes - done);
+    if (stride > 1) layLine(scratch, pix, stride);
 }
 
 // The three resolutions differ in where the pixels start (behind a palette
