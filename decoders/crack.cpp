@@ -198,17 +198,16 @@ std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std:
     const __m128i t2 = _mm_unpacklo_epi8(r[4], r[5]), t3 = _mm_unpacklo_epi8(r[6], r[7]);
     const __m128i u0 = _mm_unpacklo_epi16(t0, t1), u1 = _mm_unpackhi_epi16(t0, t1);
     const __m128i u2 = _mm_unpacklo_epi16(t2, t3), u3 = _mm_unpackhi_epi16(t2, t3);
-    alignas(16) std::uint8_t out[64];
-    _mm_store_si128(reinterpret_cast<__m128i*>(out), _mm_unpacklo_epi32(u0, u2));
-    _mm_store_si128(reinterpret_cast<__m128i*>(out + 16), _mm_unpackhi_epi32(u0, u2));
-    _mm_store_si128(reinterpret_cast<__m128i*>(out + 32), _mm_unpacklo_epi32(u1, u3));
-    _mm_store_si128(reinterpret_cast<__m128i*>(out + 48), _mm_unpackhi_epi32(u1, u3));
+    const __m128i columns[4] = {_mm_unpacklo_epi32(u0, u2), _mm_unpackhi_epi32(u0, u2), _mm_unpacklo_epi32(u1, u3),
+                                _mm_unpackhi_epi32(u1, u3)};
+    for (std::size_t k = 0; k < 4; ++k) {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 2 * k * to), columns[k]);
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + (2 * k + 1) * to), _mm_unpackhi_epi64(columns[k], columns[k]));
+    }
 #else
-    std::uint8_t out[64];
     for (std::size_t i = 0; i < 8; ++i)
-        for (std::size_t k = 0; k < 8; ++k) out[8 * k + i] = rows[i][j + k];
+        for (std::size_t k = 0; k < 8; ++k) dst[k * to + i] = rows[i][j + k];
 #endif
-    for (std::size_t k = 0; k < 8; ++k) std::memcpy(dst + k * to, out + 8 * k, 8);
 }
 
 // The same for eight rows of 32 bytes, in the vectors of the widest
