@@ -278,7 +278,7 @@ struct PassStarts {
 // leave vector k holding the positions k and 16 + k of all rows, in order
 // when the rows are taken in bit-reversed order.
 template <class Lanes, class Mask>
-[[gnu::always_inline]] inline void interleaveRound(Bytes32* v, Mask lo, Mask hi) {
+[[gnu::always_inline]] inline void interleaveRound(Bytes32* v, const Mask& lo, const Mask& hi) {
     Bytes32 next[16];
     for (std::size_t i = 0; i < 8; ++i) {
         next[2 * i] = Bytes32(__builtin_shuffle(Lanes(v[i]), Lanes(v[i + 8]), lo));
@@ -287,24 +287,62 @@ template <class Lanes, class Mask>
     std::memcpy(v, next, sizeof next);
 }
 
-[[gnu::always_inline]] inline void transposeTallTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst,
-                                                     std::size_t to) {
-    static constexpr std::uint8_t kBitReversed[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+// The four rounds over sixteen vectors whose rows were taken in the order
+// kBitReversed: afterwards vector k holds position k of every row, in order,
+// in each 16-byte half.
+constexpr std::uint8_t kBitReversed[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
+
+[[gnu::always_inline]] inline void interleaveRounds(Bytes32* v) {
     const Bytes32 lo8 = {0, 32, 1, 33, 2, 34, 3, 35, 4, 36, 5, 37, 6, 38, 7, 39,
                          16, 48, 17, 49, 18, 50, 19, 51, 20, 52, 21, 53, 22, 54, 23, 55};
     const Pairs32 lo16 = {0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27};
     const Quads32 lo32 = {0, 8, 1, 9, 4, 12, 5, 13};
     const Columns32 lo64 = {0, 4, 2, 6};
-    Bytes32 v[16];
-    for (std::size_t i = 0; i < 16; ++i) std::memcpy(&v[i], rows[kBitReversed[i]] + j, sizeof v[i]);
     interleaveRound<Bytes32>(v, lo8, lo8 + 8);
     interleaveRound<Pairs32>(v, lo16, lo16 + 4);
     interleaveRound<Quads32>(v, lo32, lo32 + 2);
     interleaveRound<Columns32>(v, lo64, lo64 + 1);
+}
+
+[[gnu::always_inline]] inline void transposeTallTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst,
+                                                     std::size_t to) {
+    Bytes32 v[16];
+    for (std::size_t i = 0; i < 16; ++i) std::memcpy(&v[i], rows[kBitReversed[i]] + j, sizeof v[i]);
+    interleaveRounds(v);
     for (std::size_t k = 0; k < 16; ++k) {
         const auto* column = reinterpret_cast<const std::uint8_t*>(&v[k]);
         std::memcpy(dst + k * to, column, 16);
         std::memcpy(dst + (16 + k) * to, column + 16, 16);
+    }
+}
+
+// Consecutive passes of `len` positions each, 5 to 16, from `line` onto the
+// screen from the first pass's position on: screen[a + j * stride] =
+// line[a * len + j]. Thirty-two passes at a time: the first 16 bytes of
+// pass i in one half of a vector and of pass 16 + i in the other, so that
+// after the rounds vector k holds position k of the 32 passes end to end.
+// The last tile steps back to fit. A pass is read 16 bytes long, which
+// stays inside the line's buffer (srcwords, twice the screen).
+VELMORIC_VECTOR_CLONES
+void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
+                       std::size_t stride) {
+    if (passes < 32) {
+        for (std::size_t a = 0; a < passes; ++a)
+            for (std::size_t j = 0; j < len; ++j) screen[a + j * stride] = line[a * len + j];
+        return;
+    }
+    for (std::size_t a0 = 0; a0 < passes; a0 += 32) {
+        const std::size_t a = std::min(a0, passes - 32);
+        Bytes32 v[16];
+        for (std::size_t i = 0; i < 16; ++i) {
+            const std::size_t row = a + kBitReversed[i];
+            std::uint8_t both[32];
+            std::memcpy(both, line + row * len, 16);
+            std::memcpy(both + 16, line + (row + 16) * len, 16);
+            std::memcpy(&v[i], both, sizeof both);
+        }
+        interleaveRounds(v);
+        for (std::size_t k = 0; k < len; ++k) std::memcpy(screen + k * stride + a, &v[k], sizeof v[k]);
     }
 }
 
@@ -354,9 +392,10 @@ void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
     }
 }
 
-// Passes of at most eight positions each (strides above 4000), in two
-// groups of equal length: with the length known at compile time the loop
-// runs over the passes in vectors. screen[a + j * stride] = line[a * Len + j].
+// Passes of at most 16 positions each (strides above 2000), in two groups
+// of equal length. For the shortest, with the length known at compile time
+// the loop runs over the passes in vectors: screen[a + j * stride] =
+// line[a * Len + j].
 template <std::size_t Len>
 VELMORIC_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes,
                                            std::size_t stride) {
@@ -371,18 +410,14 @@ void layShortPassGroup(const std::uint8_t* line, std::uint8_t* screen, std::size
         case 2: layShortPasses<2>(line, screen, passes, stride); break;
         case 3: layShortPasses<3>(line, screen, passes, stride); break;
         case 4: layShortPasses<4>(line, screen, passes, stride); break;
-        case 5: layShortPasses<5>(line, screen, passes, stride); break;
-        case 6: layShortPasses<6>(line, screen, passes, stride); break;
-        case 7: layShortPasses<7>(line, screen, passes, stride); break;
-        case 8: layShortPasses<8>(line, screen, passes, stride); break;
-        default: break;  // not reached: len is below 8
+        default: layShortPassTiles(line, screen, passes, len, stride); break;
     }
 }
 
 // The line of a stride from 2 to 31999 onto the screen.
 void layLine(const std::uint8_t* line, std::uint8_t* screen, std::size_t stride) {
     const PassStarts starts{line, kScreenBytes / stride, kScreenBytes % stride};
-    if (starts.len < 8) {
+    if (starts.len < 16) {
         // The longer passes first, then the others.
         layShortPassGroup(line, screen, starts.longer, starts.len + 1, stride);
         layShortPassGroup(starts(starts.longer), screen + starts.longer, stride - starts.longer, starts.len, stride);
