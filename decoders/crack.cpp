@@ -316,13 +316,14 @@ constexpr std::uint8_t kBitReversed[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 1
     }
 }
 
-// Consecutive passes of `len` positions each, 5 to 16, from `line` onto the
+// Consecutive passes of `len` positions each, 5 to 32, from `line` onto the
 // screen from the first pass's position on: screen[a + j * stride] =
-// line[a * len + j]. Thirty-two passes at a time: the first 16 bytes of
-// pass i in one half of a vector and of pass 16 + i in the other, so that
-// after the rounds vector k holds position k of the 32 passes end to end.
-// The last tile steps back to fit. A pass is read 16 bytes long, which
-// stays inside the line's buffer (srcwords, twice the screen).
+// line[a * len + j]. Thirty-two passes by 16 positions at a time: 16 bytes
+// of pass i in one half of a vector and of pass 16 + i in the other, so that
+// after the rounds vector k holds position j + k of the 32 passes end to
+// end. The last tile of a row or column steps back to fit. A pass shorter
+// than 16 is read 16 bytes long, which stays inside the line's buffer
+// (srcwords, twice the screen), and only its positions are written.
 VELMORIC_VECTOR_CLONES
 void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
                        std::size_t stride) {
@@ -333,16 +334,20 @@ void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size
     }
     for (std::size_t a0 = 0; a0 < passes; a0 += 32) {
         const std::size_t a = std::min(a0, passes - 32);
-        Bytes32 v[16];
-        for (std::size_t i = 0; i < 16; ++i) {
-            const std::size_t row = a + kBitReversed[i];
-            std::uint8_t both[32];
-            std::memcpy(both, line + row * len, 16);
-            std::memcpy(both + 16, line + (row + 16) * len, 16);
-            std::memcpy(&v[i], both, sizeof both);
+        for (std::size_t j0 = 0; j0 < len; j0 += 16) {
+            const std::size_t j = len < 16 ? 0 : std::min(j0, len - 16);
+            Bytes32 v[16];
+            for (std::size_t i = 0; i < 16; ++i) {
+                const std::size_t row = a + kBitReversed[i];
+                std::uint8_t both[32];
+                std::memcpy(both, line + row * len + j, 16);
+                std::memcpy(both + 16, line + (row + 16) * len + j, 16);
+                std::memcpy(&v[i], both, sizeof both);
+            }
+            interleaveRounds(v);
+            for (std::size_t k = 0; k < std::min<std::size_t>(len, 16); ++k)
+                std::memcpy(screen + (j + k) * stride + a, &v[k], sizeof v[k]);
         }
-        interleaveRounds(v);
-        for (std::size_t k = 0; k < len; ++k) std::memcpy(screen + k * stride + a, &v[k], sizeof v[k]);
     }
 }
 
@@ -392,7 +397,7 @@ void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
     }
 }
 
-// Passes of at most 16 positions each (strides above 2000), in two groups
+// Passes of at most 32 positions each (strides above 1000), in two groups
 // of equal length. For the shortest, with the length known at compile time
 // the loop runs over the passes in vectors: screen[a + j * stride] =
 // line[a * Len + j].
@@ -417,7 +422,7 @@ void layShortPassGroup(const std::uint8_t* line, std::uint8_t* screen, std::size
 // The line of a stride from 2 to 31999 onto the screen.
 void layLine(const std::uint8_t* line, std::uint8_t* screen, std::size_t stride) {
     const PassStarts starts{line, kScreenBytes / stride, kScreenBytes % stride};
-    if (starts.len < 16) {
+    if (starts.len < 32) {
         // The longer passes first, then the others.
         layShortPassGroup(line, screen, starts.longer, starts.len + 1, stride);
         layShortPassGroup(starts(starts.longer), screen + starts.longer, stride - starts.longer, starts.len, stride);
