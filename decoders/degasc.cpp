@@ -3,6 +3,10 @@
 // goes on as they do.
 #include "decoders/decoder.h"
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace velmoric {
 namespace {
 
@@ -32,12 +36,8 @@ constexpr PackedLayout kPackedMono{400, 80, 1, 2};
 // What passes the end of the last row still lies inside srcwords.
 static_assert(kImageByte + 32000 + 128 * 8 <= 2 * kSrcWordsExtent);
 
-// A run is written 16 bytes at a time: the bytes behind its end hold
-// anything until the next run or plane overwrites them. No run writes more
-// than 128 bytes.
-constexpr std::size_t kChunk = 16;
+// No run writes more than 128 bytes.
 constexpr std::size_t kRunRoom = 128;
-static_assert(kRunRoom % kChunk == 0);
 
 // The source from the end of the header on; a read past its end yields 0.
 class RunReader {
@@ -47,45 +47,8 @@ public:
     // Reads one control byte n and its run into `to`, which has room for
     // kRunRoom bytes, and returns the run's length. Below 128 the next
     // n + 1 bytes are copied, above 128 the next byte is repeated 257 - n
-    // times, 128 stands alone. Most runs are a few bytes long, and a copy
-    // of one chunk is much cheaper than one of the run's own length.
+    // times, 128 stands alone.
     std::size_t run(std::uint8_t* to) {
-        if (at_ + 1 + 128 > size_) return runNearTheEnd(to);
-        const std::uint8_t* p = data_ + at_;
-        const unsigned n = p[0];
-        if (n < 128) {
-            const std::size_t length = n + 1;
-            std::size_t i = 0;
-            do {
-                std::memcpy(to + i, p + 1 + i, kChunk);
-                i += kChunk;
-            } while (i < length);
-            at_ += length + 1;
-            return length;
-        }
-        if (n > 128) {
-            const std::size_t length = 257 - n;
-            std::uint8_t fill[kChunk];
-            std::memset(fill, p[1], kChunk);
-            std::size_t i = 0;
-            do {
-                std::memcpy(to + i, fill, kChunk);
-                i += kChunk;
-            } while (i < length);
-            at_ += 2;
-            return length;
-        }
-        at_ += 1;
-        return 0;
-    }
-
-private:
-    std::uint8_t next() {
-        const std::size_t at = at_++;
-        return at < size_ ? data_[at] : 0;
-    }
-
-    std::size_t runNearTheEnd(std::uint8_t* to) {
         const unsigned n = next();
         if (n < 128) {
             for (unsigned i = 0; i <= n; ++i) to[i] = next();
@@ -98,10 +61,109 @@ private:
         return 0;
     }
 
+    std::size_t at() const { return at_; }
+    void moveTo(std::size_t at) { at_ = at; }
+    const std::uint8_t* data() const { return data_; }
+    std::size_t size() const { return size_; }
+
+private:
+    std::uint8_t next() {
+        const std::size_t at = at_++;
+        return at < size_ ? data_[at] : 0;
+    }
+
     const std::uint8_t* data_;
     std::size_t size_;
     std::size_t at_ = kImageByte;
 };
+
+// Where the unpacking stands: the next control byte in the source and the
+// next byte of the planes, which lie one after the other.
+struct PlaneCursor {
+    std::size_t at;
+    std::size_t count;
+};
+
+// The planes all have one length, and a plane is full once a run reaches
+// or passes its end; the next plane starts at its own place, whatever the
+// run carried on. Seen from the bytes, runs follow one another, and only a
+// run that passes a plane's end needs a correction. Testing for that apart
+// from the count keeps the count's own update to one addition, and the
+// test rarely comes true, so its branch is predicted.
+class PlaneSplit {
+public:
+    explicit PlaneSplit(std::size_t planeBytes)
+        : planeBytes_(planeBytes), reciprocal_(((std::uint64_t(1) << 32) + planeBytes - 1) / planeBytes) {}
+
+    std::size_t after(std::size_t count, std::size_t length) const {
+        const std::size_t end = count + length;
+        if (length != 0 && plane(end - 1) != plane(count)) [[unlikely]]
+            return (plane(count) + 1) * planeBytes_;
+        return end;
+    }
+
+private:
+    // count / planeBytes for any count below 65536, by a multiplication.
+    std::size_t plane(std::size_t count) const { return std::size_t((count * reciprocal_) >> 32); }
+
+    std::size_t planeBytes_;
+    std::uint64_t reciprocal_;
+};
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
+#define DEGASC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+#else
+#define DEGASC_VECTOR_CLONES
+#endif
+
+using Chunk = std::uint8_t __attribute__((vector_size(32)));
+
+// The bulk of the runs, while the source has a whole run left behind the
+// control byte and the planes up to `lastPlaneEnd` are being filled. Each
+// run writes a block of 32 bytes, and a longer one all 128 it may need:
+// the bytes behind its end belong to this plane or later ones, which are
+// written later, as the caller keeps 128 bytes of room behind
+// `lastPlaneEnd`. Copy and repeat keep their branch: packed pictures
+// mostly alternate them, which the predictor follows, and a choice without
+// a branch would put more work between one control byte and the next.
+DEGASC_VECTOR_CLONES
+PlaneCursor unpackBulk(const std::uint8_t* data, std::size_t size, std::uint8_t* planes, PlaneCursor c,
+                       const PlaneSplit& split, std::size_t lastPlaneEnd) {
+    while (c.count < lastPlaneEnd && c.at + 1 + kRunRoom <= size) {
+        const std::uint8_t* p = data + c.at;
+        const std::size_t n = p[0];
+        if (n == 128) [[unlikely]] {
+            c.at += 1;
+            continue;
+        }
+        std::uint8_t* to = planes + c.count;
+        std::size_t length;
+        if (n < 128) {
+            length = n + 1;
+            std::memcpy(to, p + 1, sizeof(Chunk));
+            if (length > sizeof(Chunk)) [[unlikely]]
+                std::memcpy(to, p + 1, kRunRoom);
+            c.at += n + 2;
+        } else {
+            length = 257 - n;
+            const Chunk fill = Chunk{} + p[1];
+            std::memcpy(to, &fill, sizeof fill);
+            if (length > sizeof fill) [[unlikely]]
+                for (std::size_t i = sizeof fill; i < kRunRoom; i += sizeof fill) std::memcpy(to + i, &fill, sizeof fill);
+            c.at += 2;
+        }
+        c.count = split.after(c.count, length);
+    }
+    return c;
+}
+
+// The same with checked reads, for the runs near the end of the source.
+void unpackExact(RunReader& in, std::uint8_t* planes, PlaneCursor& c, const PlaneSplit& split,
+                 std::size_t lastPlaneEnd) {
+    in.moveTo(c.at);
+    while (c.count < lastPlaneEnd) c.count = split.after(c.count, in.run(planes + c.count));
+    c.at = in.at();
+}
 
 // Runs until the plane is full; the test comes only between runs, so the
 // last run may carry on by up to 127 bytes. Returns how many bytes came.
@@ -138,32 +200,54 @@ void collectLastPlane(RunReader& in, std::uint8_t* plane, std::uint8_t* image, s
         image[start + k / 2 * l.pairStride + k % 2] = bytes[k];
 }
 
-std::uint64_t pairAt(const std::uint8_t* plane, std::size_t g) {
-    std::uint16_t v;
-    std::memcpy(&v, plane + 2 * g, 2);
-    return v;
-}
-
 // One row of the screen from its planes: group g of the row holds pair g
 // of every plane in turn. The byte image of srcwords is the screen in file
 // order, an even position the low half of its word.
 template <PackedLayout l>
+void interleaveRowByPairs(std::uint8_t* row, const std::uint8_t* planes) {
+    constexpr std::size_t n = l.planeBytes();
+    for (std::size_t g = 0; g < n / 2; ++g)
+        for (std::size_t p = 0; p < l.planes; ++p) std::memcpy(row + 2 * (g * l.planes + p), planes + p * n + 2 * g, 2);
+}
+
+#if defined(__SSE2__)
+// Eight pairs of each plane at a time, as 16-bit lanes: unpacking the
+// lanes of two planes, and for four planes those results once more, lays
+// them side by side. A row's 20 or 40 pairs are taken in blocks of eight,
+// the last block of a low row overlapping the one before it.
+template <PackedLayout l>
 void interleaveRow(std::uint8_t* row, const std::uint8_t* planes) {
     constexpr std::size_t n = l.planeBytes();
+    auto load = [&](std::size_t p, std::size_t g) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(planes + p * n + 2 * g));
+    };
+    auto store = [&](std::size_t at, __m128i v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(row + at), v); };
     if constexpr (l.planes == 4) {
-        for (std::size_t g = 0; g < n / 2; ++g) {
-            const std::uint64_t v = pairAt(planes, g) | pairAt(planes + n, g) << 16 |
-                                    pairAt(planes + 2 * n, g) << 32 | pairAt(planes + 3 * n, g) << 48;
-            std::memcpy(row + 8 * g, &v, 8);
+        static_assert(n == 40);
+        for (std::size_t g : {0, 8, 12}) {
+            const __m128i p0 = load(0, g), p1 = load(1, g), p2 = load(2, g), p3 = load(3, g);
+            const __m128i a = _mm_unpacklo_epi16(p0, p1), b = _mm_unpackhi_epi16(p0, p1);
+            const __m128i c = _mm_unpacklo_epi16(p2, p3), d = _mm_unpackhi_epi16(p2, p3);
+            store(8 * g, _mm_unpacklo_epi32(a, c));
+            store(8 * g + 16, _mm_unpackhi_epi32(a, c));
+            store(8 * g + 32, _mm_unpacklo_epi32(b, d));
+            store(8 * g + 48, _mm_unpackhi_epi32(b, d));
         }
     } else {
-        static_assert(l.planes == 2);
-        for (std::size_t g = 0; g < n / 2; ++g) {
-            const std::uint32_t v = std::uint32_t(pairAt(planes, g) | pairAt(planes + n, g) << 16);
-            std::memcpy(row + 4 * g, &v, 4);
+        static_assert(l.planes == 2 && n == 80);
+        for (std::size_t g = 0; g < 40; g += 8) {
+            const __m128i p0 = load(0, g), p1 = load(1, g);
+            store(4 * g, _mm_unpacklo_epi16(p0, p1));
+            store(4 * g + 16, _mm_unpackhi_epi16(p0, p1));
         }
     }
 }
+#else
+template <PackedLayout l>
+void interleaveRow(std::uint8_t* row, const std::uint8_t* planes) {
+    interleaveRowByPairs<l>(row, planes);
+}
+#endif
 
 // The header's 17 words, then the rows, plane by plane. Every plane starts
 // at its own place, whatever the run before it did.
@@ -175,9 +259,13 @@ void unpackScreen(Staging& s, const Source& src) {
     std::uint8_t* planes = l.planes == 1 ? image : separate.bytes;
     RunReader in(src);
     constexpr std::size_t firstLastRow = l.rows - l.rowsReachingPastTheEnd();
+    constexpr std::size_t lastPlaneEnd = firstLastRow * l.rowBytes;
     // In the image, what runs before the last rows write stays inside it.
-    static_assert(l.planes > 1 || firstLastRow * l.rowBytes - 1 + kRunRoom <= l.imageBytes());
-    for (std::size_t j = 0; j < firstLastRow * l.planes; ++j) collectPlane<l>(in, planes + j * l.planeBytes());
+    static_assert(l.planes > 1 || lastPlaneEnd - 1 + kRunRoom <= l.imageBytes());
+    const PlaneSplit split(l.planeBytes());
+    PlaneCursor c{kImageByte, 0};
+    c = unpackBulk(in.data(), in.size(), planes, c, split, lastPlaneEnd);
+    unpackExact(in, planes, c, split, lastPlaneEnd);
     for (std::size_t y = firstLastRow; y < l.rows; ++y)
         for (std::size_t p = 0; p < l.planes; ++p)
             collectLastPlane<l>(in, planes + (y * l.planes + p) * l.planeBytes(), image, y, p);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <memory>
+#include <random>
 
 #include "decoders/decoder.h"
 #include "shell/formats.h"
@@ -294,6 +295,71 @@ TEST(Degas23, RunPastTheLastRowLeavesThePictureAlone) {
                 const int k = r->planeBytes + (r->rows - 1 - longRow) * r->planeBytes;  // first byte behind
                 EXPECT_EQ(image[planeByteOffset(*r, longRow, lastPlane, k)], 0xEE) << r->pc << " row " << longRow;
             }
+        }
+    }
+}
+
+// The rule itself on the byte image of srcwords: each plane of each row
+// from its start offset, every byte at the next position the layout gives,
+// until a run reaches or passes the plane's end.
+void referenceUnpackInto(Bytes& image, const Bytes& file, const Resolution& r) {
+    std::size_t at = 34;
+    auto next = [&] { return at < file.size() ? file[at++] : (++at, std::uint8_t(0)); };
+    const int rowBytes = r.planes == 1 ? 80 : 160, oddStep = 2 * r.planes - 1;
+    for (std::size_t i = 0; i < 34; ++i) image[i] = i < file.size() ? file[i] : 0;
+    for (int y = 0; y < r.rows; ++y)
+        for (int p = 0; p < r.planes; ++p) {
+            int b = y * rowBytes + 2 * p;
+            const int end = b + rowBytes;
+            auto store = [&](std::uint8_t v) {
+                image.at(34 + std::size_t(b)) = v;
+                b += b % 2 ? oddStep : 1;
+            };
+            do {
+                const int n = next();
+                if (n < 128) {
+                    for (int i = 0; i <= n; ++i) store(next());
+                } else if (n > 128) {
+                    const std::uint8_t v = next();
+                    for (int i = 0; i < 257 - n; ++i) store(v);
+                }
+            } while (b < end);
+        }
+}
+
+// Random streams of every kind of run, some long, some 128, some cut short,
+// decoded one after the other into the same srcwords: every byte of it,
+// inside the image and behind it, is what the rule leaves.
+TEST(Degas23, RandomStreamsLeaveSrcwordsAsTheRuleDoes) {
+    std::mt19937 rng(95);
+    for (const Resolution* r : kResolutions) {
+        auto s = freshStaging();
+        Bytes image(2 * kSrcWordsExtent, 0);
+        for (int round = 0; round < 12; ++round) {
+            Bytes file = vtest::randomBytes(34, std::uint32_t(round));
+            while (file.size() < 40000) {
+                const unsigned kind = rng() % 16;
+                if (kind < 6) {
+                    const unsigned n = rng() % (kind == 0 ? 128 : 12);
+                    file.push_back(std::uint8_t(n));
+                    for (unsigned i = 0; i <= n; ++i) file.push_back(std::uint8_t(rng()));
+                } else if (kind < 15) {
+                    file.push_back(std::uint8_t(kind == 6 ? 129 + rng() % 127 : 245 + rng() % 11));
+                    file.push_back(std::uint8_t(rng()));
+                } else {
+                    file.push_back(128);
+                }
+            }
+            // Some files end inside the picture, at any byte.
+            if (round % 3 == 1) file.resize(34 + rng() % 12000);
+            referenceUnpackInto(image, file, *r);
+            const Decoded d = decode(*s, file, r->pc);
+            const auto* words = reinterpret_cast<const std::uint8_t*>(s->srcwords.data());
+            ASSERT_TRUE(std::equal(image.begin(), image.end(), words)) << r->pc << " round " << round;
+            EXPECT_EQ(bytesOf(d.bitmap),
+                      vtest::referenceScreenBitmap(Bytes(image.begin() + 34, image.begin() + 32034), filePart(file, 2, 32),
+                                                   r->planes))
+                << r->pc << " round " << round;
         }
     }
 }
