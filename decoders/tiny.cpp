@@ -34,11 +34,54 @@ private:
     const Source& src_;
 };
 
-// Copies are mostly a few words long, too short for the library's copy.
-inline void copyWords(std::uint16_t* to, const std::uint8_t* from, std::int64_t count) {
-    std::int64_t i = 0;
-    for (; i + 4 <= count; i += 4) std::memcpy(to + i, from + 2 * i, 8);
-    for (; i < count; ++i) std::memcpy(to + i, from + 2 * i, 2);
+// Runs are mostly a few words long, too short for the library's copy, and
+// the words behind a run must keep what they hold: a short file leaves
+// the earlier picture's words there. So a run is stored as two blocks of
+// the largest size that fits, one from its start and one up to its end,
+// overlapping in the middle, and a long run as 32-byte blocks.
+template <class Block>
+inline void storeBlocks(std::uint8_t* to, std::size_t bytes, Block block) {
+    if (bytes >= 32) {
+        for (std::size_t i = 0; i + 32 < bytes; i += 32) block(to + i, i, 32);
+        block(to + bytes - 32, bytes - 32, 32);
+    } else if (bytes >= 16) {
+        block(to, 0, 16);
+        block(to + bytes - 16, bytes - 16, 16);
+    } else if (bytes >= 8) {
+        block(to, 0, 8);
+        block(to + bytes - 8, bytes - 8, 8);
+    } else if (bytes >= 4) {
+        block(to, 0, 4);
+        block(to + bytes - 4, bytes - 4, 4);
+    } else {
+        block(to, 0, 2);
+    }
+}
+
+// One block of a size that storeBlocks uses, with a copy the compiler
+// makes a single load and store.
+inline void copyBlock(std::uint8_t* to, const std::uint8_t* from, std::size_t size) {
+    switch (size) {
+        case 32: std::memcpy(to, from, 32); break;
+        case 16: std::memcpy(to, from, 16); break;
+        case 8: std::memcpy(to, from, 8); break;
+        case 4: std::memcpy(to, from, 4); break;
+        default: std::memcpy(to, from, 2); break;
+    }
+}
+
+inline void copyWords(std::uint16_t* to, const std::uint8_t* from, std::size_t count) {
+    storeBlocks(reinterpret_cast<std::uint8_t*>(to), 2 * count,
+                [from](std::uint8_t* at, std::size_t offset, std::size_t size) { copyBlock(at, from + offset, size); });
+}
+
+// Every block of a repeated word is the same.
+inline void fillWords(std::uint16_t* to, std::uint16_t word, std::size_t count) {
+    std::uint16_t pattern[16];
+    for (std::uint16_t& w : pattern) w = word;
+    const auto* from = reinterpret_cast<const std::uint8_t*>(pattern);
+    storeBlocks(reinterpret_cast<std::uint8_t*>(to), 2 * count,
+                [from](std::uint8_t* at, std::size_t, std::size_t size) { copyBlock(at, from, size); });
 }
 
 // Unpacks the two streams into srcwords. Words for indices past the extent
@@ -53,7 +96,7 @@ public:
         if (const std::int64_t stored = room(count); stored > 0) {
             std::uint16_t* dst = s_.srcwords.data() + out_;
             if (in_.inside(data_, 2 * stored)) {
-                copyWords(dst, in_.data() + data_, stored);
+                copyWords(dst, in_.data() + data_, std::size_t(stored));
             } else {
                 for (std::int64_t i = 0; i < stored; ++i) dst[i] = in_.word(data_ + 2 * i);
             }
@@ -66,7 +109,7 @@ public:
     void repeat(std::int64_t count) {
         if (count > 0) {
             if (const std::int64_t stored = room(count); stored > 0)
-                std::fill_n(s_.srcwords.data() + out_, std::size_t(stored), in_.word(data_));
+                fillWords(s_.srcwords.data() + out_, in_.word(data_), std::size_t(stored));
             out_ += count;
         }
         data_ += 2;

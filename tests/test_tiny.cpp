@@ -365,6 +365,56 @@ TEST(Tiny, RandomStreamsMatchTheReferenceAcrossPictures) {
     }
 }
 
+// Runs are stored in blocks that may overlap inside the run but never
+// pass its end: after a picture that filled srcwords, every length of copy
+// and repeat, alone and as the second of two runs, leaves the words behind
+// it as they were. The last cases run up to the end of srcwords.
+TEST(Tiny, EveryRunLengthLeavesTheWordsBehindIt) {
+    auto s = freshStaging();
+    std::vector<std::uint16_t> words(kSrcWordsExtent, 0);
+    TinyFile filler;
+    filler.control = {1, 0x7F, 0xEF};  // copy 32751 words
+    filler.data = vtest::randomBytes(2 * 32751, 90);
+    referenceUnpack(words, filler.bytes());
+    ASSERT_FALSE(decode(*s, filler.bytes()).rejected);
+    for (int length = 1; length <= 70; ++length)
+        for (const bool copies : {true, false})
+            for (const int before : {0, 3, 32751 - length, 32751 - 3 - length}) {
+                TinyFile f;
+                if (before > 0) f.control = {1, std::uint8_t(before >> 8), std::uint8_t(before)};
+                if (length <= 128 && (copies || length >= 2)) {
+                    f.control.push_back(std::uint8_t(copies ? 256 - length : length));
+                } else {
+                    f.control.insert(f.control.end(), {std::uint8_t(copies ? 1 : 0), 0, std::uint8_t(length)});
+                }
+                f.data = vtest::randomBytes(2 * std::size_t(before + length), std::uint32_t(length * 8 + before));
+                const Bytes file = f.bytes();
+                referenceUnpack(words, file);
+                ASSERT_FALSE(decode(*s, file).rejected);
+                ASSERT_TRUE(std::equal(words.begin(), words.end(), s->srcwords.data()))
+                    << (copies ? "copy of " : "repeat of ") << length << " after " << before;
+            }
+}
+
+// The data stream ends inside a copy: the words from its end on read 0,
+// whichever block of the copy the end falls in.
+TEST(Tiny, CopyRunningOffTheDataEnd) {
+    auto s = freshStaging();
+    std::vector<std::uint16_t> words(kSrcWordsExtent, 0);
+    for (int length : {1, 5, 17, 40, 128})
+        for (int missing = 0; missing <= 2 * length + 1; ++missing) {
+            TinyFile f;
+            f.control = {std::uint8_t(256 - length)};
+            f.data = vtest::randomBytes(2 * std::size_t(length), std::uint32_t(length));
+            f.data.resize(f.data.size() - std::min<std::size_t>(f.data.size(), std::size_t(missing)));
+            const Bytes file = f.bytes();
+            referenceUnpack(words, file);
+            ASSERT_FALSE(decode(*s, file).rejected);
+            ASSERT_TRUE(std::equal(words.begin(), words.end(), s->srcwords.data()))
+                << length << " words, " << missing << " bytes missing";
+        }
+}
+
 // ---- Pixels ---------------------------------------------------------------
 
 TEST(Tiny, ShortFileKeepsTheLastPicturesWords) {
