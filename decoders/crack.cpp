@@ -187,38 +187,17 @@ std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std:
     return t;
 }
 
-// Eight rows of eight bytes, from rows[i] + j, into eight columns of `dst`,
-// rows `to` apart: dst[k * to + i] = rows[i][j + k].
-[[gnu::always_inline]] inline void transposeTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst,
-                                                 std::size_t to) {
-#if defined(__SSE2__)
-    __m128i r[8];
-    for (std::size_t i = 0; i < 8; ++i) r[i] = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(rows[i] + j));
-    const __m128i t0 = _mm_unpacklo_epi8(r[0], r[1]), t1 = _mm_unpacklo_epi8(r[2], r[3]);
-    const __m128i t2 = _mm_unpacklo_epi8(r[4], r[5]), t3 = _mm_unpacklo_epi8(r[6], r[7]);
-    const __m128i u0 = _mm_unpacklo_epi16(t0, t1), u1 = _mm_unpackhi_epi16(t0, t1);
-    const __m128i u2 = _mm_unpacklo_epi16(t2, t3), u3 = _mm_unpackhi_epi16(t2, t3);
-    const __m128i columns[4] = {_mm_unpacklo_epi32(u0, u2), _mm_unpackhi_epi32(u0, u2), _mm_unpacklo_epi32(u1, u3),
-                                _mm_unpackhi_epi32(u1, u3)};
-    for (std::size_t k = 0; k < 4; ++k) {
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + 2 * k * to), columns[k]);
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(dst + (2 * k + 1) * to), _mm_unpackhi_epi64(columns[k], columns[k]));
-    }
-#else
-    for (std::size_t i = 0; i < 8; ++i)
-        for (std::size_t k = 0; k < 8; ++k) dst[k * to + i] = rows[i][j + k];
-#endif
-}
-
-// The same for eight rows of 32 bytes, in the vectors of the widest
-// instructions there are: byte, pair and quad interleaves within each
+// Eight rows of 32 bytes, from rows[i] + j, into 32 columns of 8 bytes,
+// rows `to` apart: dst[k * to + i] = rows[i][j + k]. In the vectors of the
+// widest instructions there are: byte, pair and quad interleaves within each
 // 16-byte half, after which vector m holds, as 8-byte columns, the
 // positions 2m, 2m + 1, 16 + 2m and 17 + 2m.
 using Pairs32 = std::uint16_t __attribute__((vector_size(32)));
 using Quads32 = std::uint32_t __attribute__((vector_size(32)));
 using Columns32 = std::uint64_t __attribute__((vector_size(32)));
 
-[[gnu::always_inline]] inline void transposeWideTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst, std::size_t to) {
+[[gnu::always_inline]] inline void transposeWideTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst,
+                                                     std::size_t to) {
     const Bytes32 lo8 = {0, 32, 1, 33, 2, 34, 3, 35, 4, 36, 5, 37, 6, 38, 7, 39,
                          16, 48, 17, 49, 18, 50, 19, 51, 20, 52, 21, 53, 22, 54, 23, 55};
     const Bytes32 hi8 = lo8 + 8;
@@ -361,10 +340,10 @@ VELMORIC_VECTOR_CLONES void interleavePasses(PassStarts starts, std::uint8_t* sc
         for (std::size_t p = 0; p < S; ++p) screen[j * S + p] = r[p][j];
 }
 
-// The first `len` positions, at least 8, of every pass of a stride of at
-// least 8: screen[p + j * stride] = line[start of p + j]. Tiles of eight
-// passes by 32 or 8 positions; the last tile of a row or column steps back
-// to fit, writing some bytes twice, alike.
+// The first `len` positions, at least 32, of every pass of a stride of at
+// least 8: screen[p + j * stride] = line[start of p + j]. Tiles of 8 or 16
+// passes by 32 positions; the last tile of a row or column steps back to
+// fit, writing some bytes twice, alike.
 VELMORIC_VECTOR_CLONES
 void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
     const std::size_t len = starts.len;
@@ -381,18 +360,13 @@ void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
         }
         return;
     }
-    const std::size_t width = len >= 32 ? 32 : 8;
     for (std::size_t a0 = 0; a0 < stride; a0 += 8) {
         const std::size_t a = std::min(a0, stride - 8);
         const std::uint8_t* rows[8];
         for (std::size_t i = 0; i < 8; ++i) rows[i] = starts(a + i);
-        for (std::size_t j0 = 0; j0 < len; j0 += width) {
-            const std::size_t j = std::min(j0, len - width);
-            if (width == 32) {
-                transposeWideTile(rows, j, screen + j * stride + a, stride);
-            } else {
-                transposeTile(rows, j, screen + j * stride + a, stride);
-            }
+        for (std::size_t j0 = 0; j0 < len; j0 += 32) {
+            const std::size_t j = std::min(j0, len - 32);
+            transposeWideTile(rows, j, screen + j * stride + a, stride);
         }
     }
 }

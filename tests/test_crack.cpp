@@ -425,11 +425,18 @@ TEST(Crack, EveryStrideLeavesTheStateOfTheReference) {
             Bytes stream;
             while (stream.size() < 40000) {
                 const unsigned pick = rng() % 16;
-                if (pick == 0) stream.insert(stream.end(), {0x99, 0x99});
-                else if (pick == 1) stream.insert(stream.end(), {0x99, std::uint8_t(3 + rng() % 253), std::uint8_t(rng())});
-                else if (pick == 2) stream.insert(stream.end(), {0x99, 1, std::uint8_t(rng() % 3), std::uint8_t(rng()), 0x42});
-                else if (pick == 3 && n) stream.insert(stream.end(), {0x99, 2, std::uint8_t(1 + rng() % 2), std::uint8_t(rng())});
-                else for (unsigned k = rng() % 70; k-- > 0;) stream.push_back(std::uint8_t(rng() % 0x99));
+                const auto b = [&](unsigned m) { return std::uint8_t(rng() % m); };
+                if (pick == 0) {
+                    stream.insert(stream.end(), {0x99, 0x99});
+                } else if (pick == 1) {
+                    stream.insert(stream.end(), {0x99, std::uint8_t(3 + b(253)), b(256)});
+                } else if (pick == 2) {
+                    stream.insert(stream.end(), {0x99, 1, b(3), b(256), 0x42});
+                } else if (pick == 3 && n) {
+                    stream.insert(stream.end(), {0x99, 2, std::uint8_t(1 + b(2)), b(256)});
+                } else {
+                    for (unsigned k = rng() % 70; k-- > 0;) stream.push_back(b(0x99));
+                }
             }
             streams.push_back(stream);
         }

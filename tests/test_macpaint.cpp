@@ -225,7 +225,8 @@ TEST(MacPaint, BytesBehindTheLastRunKeepTheEarlierPicture) {
         // Mostly short commands, as real pictures have, some of full length.
         Bytes packed;
         while (packed.size() < 60000) {
-            const std::uint8_t control = std::uint8_t(rng() % 4 == 0 ? rng() : (rng() % 2 ? rng() % 40 : 250 + rng() % 6));
+            const unsigned kind = rng() % 4;
+            const std::uint8_t control = std::uint8_t(kind == 0 ? rng() : kind % 2 ? rng() % 40 : 250 + rng() % 6);
             packed.push_back(control);
             const Bytes data = vtest::randomBytes(control < 128 ? control + 1u : 1u, std::uint32_t(rng()));
             packed.insert(packed.end(), data.begin(), data.end());
