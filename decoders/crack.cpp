@@ -49,7 +49,13 @@ std::size_t plainSpan(const std::uint8_t* bytes, std::size_t at, std::uint8_t es
     return found ? std::size_t(static_cast<const std::uint8_t*>(found) - (bytes + at)) : kSrcBytesExtent - at;
 }
 
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
+// GCC's vector shuffles and clones carry the transposes; other compilers
+// (clang builds the fuzz targets) take plain loops with the same results.
+#if defined(__GNUC__) && !defined(__clang__)
+#define VELMORIC_VECTOR_SHUFFLES 1
+#endif
+
+#if defined(__x86_64__) && defined(VELMORIC_VECTOR_SHUFFLES) && !defined(__SANITIZE_ADDRESS__)
 #define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
 #else
 #define VELMORIC_VECTOR_CLONES
@@ -196,6 +202,12 @@ using Pairs32 = std::uint16_t __attribute__((vector_size(32)));
 using Quads32 = std::uint32_t __attribute__((vector_size(32)));
 using Columns32 = std::uint64_t __attribute__((vector_size(32)));
 
+#if !defined(VELMORIC_VECTOR_SHUFFLES)
+inline void transposeWideTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst, std::size_t to) {
+    for (std::size_t k = 0; k < 32; ++k)
+        for (std::size_t i = 0; i < 8; ++i) dst[k * to + i] = rows[i][j + k];
+}
+#else
 [[gnu::always_inline]] inline void transposeWideTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst,
                                                      std::size_t to) {
     const Bytes32 lo8 = {0, 32, 1, 33, 2, 34, 3, 35, 4, 36, 5, 37, 6, 38, 7, 39,
@@ -242,6 +254,7 @@ using Columns32 = std::uint64_t __attribute__((vector_size(32)));
         }
     }
 }
+#endif
 
 // Where pass p starts in the line: the first `longer` = 32000 mod S passes
 // hold one position more than the others.
@@ -256,6 +269,7 @@ struct PassStarts {
 // interleaving bytes, pairs, quads and eights within each 16-byte half
 // leave vector k holding the positions k and 16 + k of all rows, in order
 // when the rows are taken in bit-reversed order.
+#if defined(VELMORIC_VECTOR_SHUFFLES)
 template <class Lanes, class Mask>
 [[gnu::always_inline]] inline void interleaveRound(Bytes32* v, const Mask& lo, const Mask& hi) {
     Bytes32 next[16];
@@ -294,6 +308,12 @@ constexpr std::uint8_t kBitReversed[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 1
         std::memcpy(dst + (16 + k) * to, column + 16, 16);
     }
 }
+#else
+inline void transposeTallTile(const std::uint8_t* const* rows, std::size_t j, std::uint8_t* dst, std::size_t to) {
+    for (std::size_t k = 0; k < 32; ++k)
+        for (std::size_t i = 0; i < 16; ++i) dst[k * to + i] = rows[i][j + k];
+}
+#endif
 
 // Consecutive passes of `len` positions each, 5 to 32, from `line` onto the
 // screen from the first pass's position on: screen[a + j * stride] =
@@ -306,11 +326,17 @@ constexpr std::uint8_t kBitReversed[16] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 1
 VELMORIC_VECTOR_CLONES
 void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
                        std::size_t stride) {
-    if (passes < 32) {
+#if defined(VELMORIC_VECTOR_SHUFFLES)
+    const bool plain = passes < 32;
+#else
+    const bool plain = true;
+#endif
+    if (plain) {
         for (std::size_t a = 0; a < passes; ++a)
             for (std::size_t j = 0; j < len; ++j) screen[a + j * stride] = line[a * len + j];
         return;
     }
+#if defined(VELMORIC_VECTOR_SHUFFLES)
     for (std::size_t a0 = 0; a0 < passes; a0 += 32) {
         const std::size_t a = std::min(a0, passes - 32);
         for (std::size_t j0 = 0; j0 < len; j0 += 16) {
@@ -328,6 +354,7 @@ void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size
                 std::memcpy(screen + (j + k) * stride + a, &v[k], sizeof v[k]);
         }
     }
+#endif
 }
 
 // Strides below 8: all passes at once, a screen row of S bytes for each
