@@ -97,6 +97,13 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
 
     vtest::writeFile(dir.file("mixed.Neo"), neoFile(5));
     std::filesystem::create_directories(dir.path() / "folder.neo");
+    // Files their decoders turn down: a Tiny resolution byte out of range and
+    // Spectrum files one byte short or long.
+    vtest::Bytes tiny = vtest::randomBytes(2000, 6);
+    tiny[0] = 6;
+    vtest::writeFile(dir.file("bad.tn1"), tiny);
+    vtest::writeFile(dir.file("short.spu"), vtest::randomBytes(51103, 7));
+    vtest::writeFile(dir.file("long.spu"), vtest::randomBytes(51105, 8));
     struct Case {
         std::string name, expectedText;
     };
@@ -106,6 +113,9 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
         {dir.file("mixed.Neo"), "Neo#" + fileError},
         {dir.file("notes.txt"), "txt#" + fileError},
         {"ab", "ab#" + fileError},
+        {dir.file("bad.tn1"), "tn1#" + fileError},
+        {dir.file("short.spu"), "spu#" + fileError},
+        {dir.file("long.spu"), "spu#" + fileError},
         {dir.file("missing.neo"), systemError + dir.file("missing.neo") + ": cannot read: No such file or directory"},
         {dir.file("folder.neo"), systemError + dir.file("folder.neo") + ": cannot read: Is a directory"},
     };
