@@ -1,49 +1,14 @@
 #include "decoders/staging.h"
 
+#include "decoders/planar.h"
+
 #include <algorithm>
 #include <cstring>
 
 namespace velmoric {
 namespace {
 
-// The merges turn bit planes into 4-bit pixels. Loaded as a little-endian
-// 64-bit number, one group of 16 pixels holds bit j of plane p (file byte
-// order, bit 7 of the first byte leftmost) at bit 16p + j. In the bitmap the
-// same 8 bytes want it at bit 4 * (j XOR 6) + p: the pixel's nibble, left
-// pixel high. That is a rotation of the 6-bit bit index by two places, done
-// as four swaps of index bits, followed by flipping index bits 3 and 4,
-// which reverses the bytes within each 32-bit half. No lookups and no
-// branches, so the row loops vectorise.
-struct DeltaSwap {
-    unsigned shift;
-    std::uint64_t mask;
-};
-
-// Swapping index bits a > b exchanges the bits at positions with (a, b) =
-// (0, 1) and their partners 2^a - 2^b higher.
-constexpr DeltaSwap indexBitSwap(unsigned a, unsigned b) {
-    std::uint64_t mask = 0;
-    for (unsigned i = 0; i < 64; ++i)
-        if (((i >> b) & 1) && !((i >> a) & 1)) mask |= std::uint64_t(1) << i;
-    return {(1u << a) - (1u << b), mask};
-}
-
-constexpr DeltaSwap kSwaps[4] = {indexBitSwap(4, 2), indexBitSwap(2, 0), indexBitSwap(5, 3), indexBitSwap(3, 1)};
-
-inline std::uint64_t applySwap(std::uint64_t x, const DeltaSwap& s) {
-    const std::uint64_t t = ((x >> s.shift) ^ x) & s.mask;
-    return x ^ t ^ (t << s.shift);
-}
-
-inline std::uint64_t reverseBytesInHalves(std::uint64_t x) {
-    x = ((x >> 8) & 0x00FF00FF00FF00FFull) | ((x & 0x00FF00FF00FF00FFull) << 8);
-    return ((x >> 16) & 0x0000FFFF0000FFFFull) | ((x & 0x0000FFFF0000FFFFull) << 16);
-}
-
-inline std::uint64_t planesToNibbles(std::uint64_t x) {
-    for (const DeltaSwap& s : kSwaps) x = applySwap(x, s);
-    return reverseBytesInHalves(x);
-}
+using planar::planesToNibbles;
 
 inline std::uint64_t loadLe64(const std::uint8_t* p) {
     std::uint64_t v;
@@ -68,11 +33,21 @@ inline void storeLe64(std::uint8_t* p, std::uint64_t v) { std::memcpy(p, &v, 8);
 // One row of `groups` groups of four (or, with `groupBytes` 4, two) plane
 // words into 8 bitmap bytes each.
 VELMORIC_VECTOR_CLONES
-void mergeRow(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
+void mergeRowByGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
     if (groupBytes == 8) {
         for (std::size_t g = 0; g < groups; ++g) storeLe64(dst + 8 * g, planesToNibbles(loadLe64(src + 8 * g)));
     } else {
         for (std::size_t g = 0; g < groups; ++g) storeLe64(dst + 8 * g, planesToNibbles(loadLe32(src + 4 * g)));
+    }
+}
+
+void mergeRow(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
+    if (!planar::haveMatrixKernels()) {
+        mergeRowByGroups(src, dst, groups, groupBytes);
+    } else if (groupBytes == 8) {
+        planar::fourPlaneGroups(src, dst, groups);
+    } else {
+        planar::twoPlaneGroups(src, dst, groups);
     }
 }
 

@@ -3,6 +3,7 @@
 // are unpacked into srcwords after the palette, column by column, and turned
 // back into rows on their way into the bitmap.
 #include "decoders/decoder.h"
+#include "decoders/planar.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -79,13 +80,20 @@ inline void copyWords(std::uint16_t* to, const std::uint8_t* from, std::size_t c
                 [from](std::uint8_t* at, std::size_t offset, std::size_t size) { copyBlock(at, from + offset, size); });
 }
 
-// Every block of a repeated word is the same.
+// Every block of a repeated word is the same, taken from one register:
+// a pattern built in memory would be read back by loads wider than the
+// stores that wrote it, which cannot be forwarded and wait.
 inline void fillWords(std::uint16_t* to, std::uint16_t word, std::size_t count) {
-    std::uint16_t pattern[16];
-    for (std::uint16_t& w : pattern) w = word;
-    const auto* from = reinterpret_cast<const std::uint8_t*>(pattern);
-    storeBlocks(reinterpret_cast<std::uint8_t*>(to), 2 * count,
-                [from](std::uint8_t* at, std::size_t, std::size_t size) { copyBlock(at, from, size); });
+    using Pattern = std::uint16_t __attribute__((vector_size(16)));
+    const Pattern pattern = Pattern{} + word;
+    storeBlocks(reinterpret_cast<std::uint8_t*>(to), 2 * count, [pattern](std::uint8_t* at, std::size_t, std::size_t size) {
+        if (size == 32) {
+            std::memcpy(at, &pattern, 16);
+            std::memcpy(at + 16, &pattern, 16);
+        } else {
+            copyBlock(at, reinterpret_cast<const std::uint8_t*>(&pattern), size);
+        }
+    });
 }
 
 // Unpacks the two streams into srcwords. Words for indices past the extent
@@ -154,38 +162,6 @@ void unpackStreams(Staging& s, const TinySource& in, std::int64_t controlAt, std
     } while (controlAt < controlEnd);
 }
 
-// One group of 16 pixels as a 64-bit number: the as-read word of plane p
-// at bits 16p to 16p + 15, so bit i holds bit i % 16 of plane i / 16. In a
-// bitmap word's bytes the same pixels want that bit at index i rotated
-// left by two places within six bits (the four plane bits of a pixel side
-// by side), then with index bits 3 and 4 flipped (the four bytes of each
-// half in reverse order, as the leftmost pixel sits in the first byte's
-// high nibble). The rotation is four exchanges of index bits, each a delta
-// swap, so the work is shifts and masks that run in vector lanes.
-struct IndexBitExchange {
-    unsigned distance;
-    std::uint64_t lower;  // the positions whose bit moves up by `distance`
-};
-
-constexpr IndexBitExchange exchange(unsigned a, unsigned b) {  // a < b
-    std::uint64_t lower = 0;
-    for (unsigned i = 0; i < 64; ++i)
-        if ((i >> a & 1) && !(i >> b & 1)) lower |= std::uint64_t(1) << i;
-    return {(1u << b) - (1u << a), lower};
-}
-
-// Index bit 0 goes to 2, 2 to 4, 4 to 0; likewise 1 to 3, 3 to 5, 5 to 1.
-constexpr IndexBitExchange kRotateByTwo[] = {exchange(0, 2), exchange(0, 4), exchange(1, 3), exchange(1, 5)};
-
-inline std::uint64_t planesToPixels(std::uint64_t x) {
-    for (const IndexBitExchange& e : kRotateByTwo) {
-        const std::uint64_t t = ((x >> e.distance) ^ x) & e.lower;
-        x ^= t ^ (t << e.distance);
-    }
-    x = ((x >> 8) & 0x00FF00FF00FF00FFull) | ((x & 0x00FF00FF00FF00FFull) << 8);
-    return ((x >> 16) & 0x0000FFFF0000FFFFull) | ((x & 0x0000FFFF0000FFFFull) << 16);
-}
-
 #if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
 #define TINY_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
 #else
@@ -197,13 +173,22 @@ inline std::uint64_t planesToPixels(std::uint64_t x) {
 // last row. The lines of a column lie side by side in each set, so the
 // loop over them runs in vector lanes.
 TINY_VECTOR_CLONES
+void mergeColumnByLines(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords) {
+    for (std::size_t y = 0; y < 200; ++y) {
+        const std::uint64_t x = std::uint64_t(planes[0][y]) | std::uint64_t(planes[1][y]) << 16 |
+                                std::uint64_t(planes[2][y]) << 32 | std::uint64_t(planes[3][y]) << 48;
+        const std::uint64_t pixels = planar::planesToNibbles(x);
+        std::memcpy(lastRow - rowWords * y, &pixels, 8);
+    }
+}
+
 void mergeColumn(const std::uint16_t* p0, const std::uint16_t* p1, const std::uint16_t* p2, const std::uint16_t* p3,
                  std::uint16_t* lastRow, std::size_t rowWords) {
-    for (std::size_t y = 0; y < 200; ++y) {
-        const std::uint64_t x = std::uint64_t(p0[y]) | std::uint64_t(p1[y]) << 16 | std::uint64_t(p2[y]) << 32 |
-                                std::uint64_t(p3[y]) << 48;
-        const std::uint64_t pixels = planesToPixels(x);
-        std::memcpy(lastRow - rowWords * y, &pixels, 8);
+    const std::uint16_t* const planes[4] = {p0, p1, p2, p3};
+    if (planar::haveMatrixKernels()) {
+        planar::columnGroups(planes, lastRow, rowWords, 200);
+    } else {
+        mergeColumnByLines(planes, lastRow, rowWords);
     }
 }
 

@@ -1,6 +1,10 @@
 // The lookup tables, the constant headers and the shared conversion steps.
 #include "decoders/staging.h"
 
+#include <cstring>
+
+#include "decoders/planar.h"
+
 #include "support.h"
 
 using namespace velmoric;
@@ -127,6 +131,76 @@ TEST_F(StagingTest, ZeroSourceIsBlackInColourAndWhiteInMono) {
     auto mono = bytesOf(s->emitMono());
     EXPECT_TRUE(std::all_of(mono.begin() + 62, mono.end(), [](std::uint8_t b) { return b == 0; }));
     EXPECT_EQ(mono[54], 0xFF);  // entry 0, the colour of a clear bit, is white
+}
+
+// Both ways of turning planes into pixels: the portable one against the
+// bits themselves, and the bit-matrix kernels, which the decoders take on
+// processors that have them, against the portable one, on group counts
+// that do and do not fill their blocks of eight.
+std::uint64_t nibblesBitByBit(const std::uint8_t group[8]) {
+    std::uint8_t out[8] = {};
+    for (int pixel = 0; pixel < 16; ++pixel)
+        for (int p = 0; p < 4; ++p) {
+            const int bit = (group[2 * p + pixel / 8] >> (7 - pixel % 8)) & 1;
+            out[pixel / 2] |= std::uint8_t(bit << (p + (pixel % 2 == 0 ? 4 : 0)));
+        }
+    std::uint64_t v;
+    std::memcpy(&v, out, 8);
+    return v;
+}
+
+std::uint64_t load64(const std::uint8_t* p) {
+    std::uint64_t v;
+    std::memcpy(&v, p, 8);
+    return v;
+}
+
+TEST(PlanarPixels, PortableConversionMovesEveryBitToItsPixel) {
+    const vtest::Bytes groups = vtest::randomBytes(8 * 512, 7);
+    for (std::size_t g = 0; g < 512; ++g)
+        ASSERT_EQ(planar::planesToNibbles(load64(&groups[8 * g])), nibblesBitByBit(&groups[8 * g])) << g;
+    for (int bit = 0; bit < 64; ++bit) {
+        std::uint8_t one[8] = {};
+        one[bit / 8] = std::uint8_t(1 << (bit % 8));
+        EXPECT_EQ(planar::planesToNibbles(load64(one)), nibblesBitByBit(one)) << bit;
+    }
+}
+
+TEST(PlanarPixels, MatrixKernelsGiveThePortableBytes) {
+    if (!planar::haveMatrixKernels()) GTEST_SKIP() << "this processor has no AVX-512BW and GFNI";
+    for (std::size_t groups : {8u, 13u, 20u, 40u}) {
+        const vtest::Bytes src = vtest::randomBytes(8 * groups, std::uint32_t(groups));
+        std::vector<std::uint8_t> four(8 * groups, 0xEE), two(8 * groups, 0xEE);
+        planar::fourPlaneGroups(src.data(), four.data(), groups);
+        if (groups % 8 == 0) planar::twoPlaneGroups(src.data(), two.data(), groups);
+        for (std::size_t g = 0; g < groups; ++g) {
+            ASSERT_EQ(load64(&four[8 * g]), planar::planesToNibbles(load64(&src[8 * g]))) << groups << " " << g;
+            std::uint32_t half;
+            std::memcpy(&half, &src[4 * g], 4);
+            if (groups % 8 == 0) {
+                ASSERT_EQ(load64(&two[8 * g]), planar::planesToNibbles(half)) << groups << " " << g;
+            }
+        }
+    }
+    // A column: plane p of line y at planes[p][y], line y's group rowWords
+    // words above the next line's.
+    constexpr std::size_t lines = 16, rowWords = 12;
+    const vtest::Bytes words = vtest::randomBytes(2 * 4 * lines, 99);
+    std::uint16_t plane[4][lines];
+    std::memcpy(plane, words.data(), sizeof plane);
+    const std::uint16_t* const planes[4] = {plane[0], plane[1], plane[2], plane[3]};
+    std::vector<std::uint16_t> rows(rowWords * lines, 0xEEEE);
+    std::uint16_t* lastRow = rows.data() + rowWords * (lines - 1) + 3;
+    planar::columnGroups(planes, lastRow, rowWords, lines);
+    for (std::size_t y = 0; y < lines; ++y) {
+        const std::uint64_t x = std::uint64_t(plane[0][y]) | std::uint64_t(plane[1][y]) << 16 |
+                                std::uint64_t(plane[2][y]) << 32 | std::uint64_t(plane[3][y]) << 48;
+        std::uint64_t got;
+        std::memcpy(&got, lastRow - rowWords * y, 8);
+        ASSERT_EQ(got, planar::planesToNibbles(x)) << y;
+        EXPECT_EQ(lastRow[-std::ptrdiff_t(rowWords * y) - 1], 0xEEEE) << "word before line " << y;
+        EXPECT_EQ(lastRow[-std::ptrdiff_t(rowWords * y) + 4], 0xEEEE) << "word after line " << y;
+    }
 }
 
 TEST(FixedArray, ReadsBeyondTheExtentAreZeroAndStoresAreDropped) {
