@@ -1,5 +1,6 @@
 #include "decoders/planar.h"
 
+#include <cstdlib>
 #include <cstring>
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -90,7 +91,10 @@ MATRIX_TARGET void columnGroupsMatrix(const std::uint16_t* const planes[4], std:
     }
 }
 
+// VELMORIC_PORTABLE_MERGE set to anything turns the kernels off, so that
+// the portable conversion can be tested on a processor that has them.
 bool detectMatrixKernels() {
+    if (std::getenv("VELMORIC_PORTABLE_MERGE")) return false;
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("gfni");
 }
