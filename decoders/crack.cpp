@@ -367,34 +367,33 @@ VELMORIC_VECTOR_CLONES void interleavePasses(PassStarts starts, std::uint8_t* sc
         for (std::size_t p = 0; p < S; ++p) screen[j * S + p] = r[p][j];
 }
 
-// The first `len` positions, at least 32, of every pass of a stride of at
-// least 8: screen[p + j * stride] = line[start of p + j]. Tiles of 8 or 16
-// passes by 32 positions; the last tile of a row or column steps back to
-// fit, writing some bytes twice, alike.
+// Tiles of `Passes` passes by 32 positions: screen[p + j * stride] =
+// line[start of p + j] for the first `len` positions (at least 32) of every
+// pass. The last tile of a row or column steps back to fit, writing some
+// bytes twice, alike.
+using TileTranspose = void (*)(const std::uint8_t* const*, std::size_t, std::uint8_t*, std::size_t);
+
+template <std::size_t Passes, TileTranspose transpose>
+[[gnu::always_inline]] inline void layTiles(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
+    for (std::size_t a0 = 0; a0 < stride; a0 += Passes) {
+        const std::size_t a = std::min(a0, stride - Passes);
+        const std::uint8_t* rows[Passes];
+        for (std::size_t i = 0; i < Passes; ++i) rows[i] = starts(a + i);
+        for (std::size_t j0 = 0; j0 < starts.len; j0 += 32) {
+            const std::size_t j = std::min(j0, starts.len - 32);
+            transpose(rows, j, screen + j * stride + a, stride);
+        }
+    }
+}
+
+// Every pass of a stride of at least 8, sixteen passes at a time where
+// there are that many: half as many stores, each of 16 bytes.
 VELMORIC_VECTOR_CLONES
 void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
-    const std::size_t len = starts.len;
-    if (stride >= 16 && len >= 32) {
-        // Sixteen passes at a time: half as many stores, each of 16 bytes.
-        for (std::size_t a0 = 0; a0 < stride; a0 += 16) {
-            const std::size_t a = std::min(a0, stride - 16);
-            const std::uint8_t* rows[16];
-            for (std::size_t i = 0; i < 16; ++i) rows[i] = starts(a + i);
-            for (std::size_t j0 = 0; j0 < len; j0 += 32) {
-                const std::size_t j = std::min(j0, len - 32);
-                transposeTallTile(rows, j, screen + j * stride + a, stride);
-            }
-        }
-        return;
-    }
-    for (std::size_t a0 = 0; a0 < stride; a0 += 8) {
-        const std::size_t a = std::min(a0, stride - 8);
-        const std::uint8_t* rows[8];
-        for (std::size_t i = 0; i < 8; ++i) rows[i] = starts(a + i);
-        for (std::size_t j0 = 0; j0 < len; j0 += 32) {
-            const std::size_t j = std::min(j0, len - 32);
-            transposeWideTile(rows, j, screen + j * stride + a, stride);
-        }
+    if (stride >= 16) {
+        layTiles<16, transposeTallTile>(starts, screen, stride);
+    } else {
+        layTiles<8, transposeWideTile>(starts, screen, stride);
     }
 }
 
