@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "decoders/decoder.h"
+#include "decoders/vector_clones.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -55,10 +56,11 @@ std::size_t plainSpan(const std::uint8_t* bytes, std::size_t at, std::uint8_t es
 #define VELMORIC_VECTOR_SHUFFLES 1
 #endif
 
-#if defined(__x86_64__) && defined(VELMORIC_VECTOR_SHUFFLES) && !defined(__SANITIZE_ADDRESS__)
-#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
+// Without the shuffles the plain loops gain nothing from clones.
+#if defined(VELMORIC_VECTOR_SHUFFLES)
+#define CRACK_VECTOR_CLONES VELMORIC_VECTOR_CLONES
 #else
-#define VELMORIC_VECTOR_CLONES
+#define CRACK_VECTOR_CLONES
 #endif
 
 using Bytes16 = std::uint8_t __attribute__((vector_size(16)));
@@ -123,7 +125,7 @@ template <class Word>
 // short span may then be written as a whole block of 32 bytes, whose bytes
 // behind the span are written again later. That spares the branches on the
 // length of each span.
-VELMORIC_VECTOR_CLONES
+CRACK_VECTOR_CLONES
 std::size_t unpackLine(const FixedArray<std::uint8_t, kSrcBytesExtent>& in, std::size_t r, std::uint8_t escape,
                        std::uint8_t* line, std::size_t total, std::optional<std::uint8_t> skipped) {
     const std::uint8_t* bytes = in.data();
@@ -323,7 +325,7 @@ inline void transposeTallTile(const std::uint8_t* const* rows, std::size_t j, st
 // end. The last tile of a row or column steps back to fit. A pass shorter
 // than 16 is read 16 bytes long, which stays inside the line's buffer
 // (srcwords, twice the screen), and only its positions are written.
-VELMORIC_VECTOR_CLONES
+CRACK_VECTOR_CLONES
 void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes, std::size_t len,
                        std::size_t stride) {
 #if defined(VELMORIC_VECTOR_SHUFFLES)
@@ -360,7 +362,7 @@ void layShortPassTiles(const std::uint8_t* line, std::uint8_t* screen, std::size
 // Strides below 8: all passes at once, a screen row of S bytes for each
 // position; with S known at compile time the loop runs in vectors.
 template <std::size_t S>
-VELMORIC_VECTOR_CLONES void interleavePasses(PassStarts starts, std::uint8_t* screen) {
+CRACK_VECTOR_CLONES void interleavePasses(PassStarts starts, std::uint8_t* screen) {
     const std::uint8_t* r[S];
     for (std::size_t p = 0; p < S; ++p) r[p] = starts(p);
     for (std::size_t j = 0; j < starts.len; ++j)
@@ -388,7 +390,7 @@ template <std::size_t Passes, TileTranspose transpose>
 
 // Every pass of a stride of at least 8, sixteen passes at a time where
 // there are that many: half as many stores, each of 16 bytes.
-VELMORIC_VECTOR_CLONES
+CRACK_VECTOR_CLONES
 void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
     if (stride >= 16) {
         layTiles<16, transposeTallTile>(starts, screen, stride);
@@ -402,7 +404,7 @@ void layRectangle(PassStarts starts, std::uint8_t* screen, std::size_t stride) {
 // the loop runs over the passes in vectors: screen[a + j * stride] =
 // line[a * Len + j].
 template <std::size_t Len>
-VELMORIC_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes,
+CRACK_VECTOR_CLONES void layShortPasses(const std::uint8_t* line, std::uint8_t* screen, std::size_t passes,
                                            std::size_t stride) {
     for (std::size_t a = 0; a < passes; ++a)
         for (std::size_t j = 0; j < Len; ++j) screen[a + j * stride] = line[a * Len + j];

@@ -2,6 +2,7 @@
 // image at word 17 of srcwords, where the uncompressed decoders find it, and
 // goes on as they do.
 #include "decoders/decoder.h"
+#include "decoders/vector_clones.h"
 
 #if defined(__SSE2__)
 #include <emmintrin.h>
@@ -110,12 +111,6 @@ private:
     std::uint64_t reciprocal_;
 };
 
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
-#define DEGASC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
-#else
-#define DEGASC_VECTOR_CLONES
-#endif
-
 using Chunk = std::uint8_t __attribute__((vector_size(32)));
 
 // The bulk of the runs, while the source has a whole run left behind the
@@ -126,7 +121,7 @@ using Chunk = std::uint8_t __attribute__((vector_size(32)));
 // `lastPlaneEnd`. Copy and repeat keep their branch: packed pictures
 // mostly alternate them, which the predictor follows, and a choice without
 // a branch would put more work between one control byte and the next.
-DEGASC_VECTOR_CLONES
+VELMORIC_VECTOR_CLONES
 PlaneCursor unpackBulk(const std::uint8_t* data, std::size_t size, std::uint8_t* planes, PlaneCursor c,
                        const PlaneSplit& split, std::size_t lastPlaneEnd) {
     while (c.count < lastPlaneEnd && c.at + 1 + kRunRoom <= size) {

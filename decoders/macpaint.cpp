@@ -1,6 +1,7 @@
 // MacPaint pictures: 576 by 720 in one bit, packed with PackBits behind a
 // header of 512 bytes, or of 640 when a MacBinary header is still in front.
 #include "decoders/decoder.h"
+#include "decoders/vector_clones.h"
 
 namespace velmoric {
 namespace {
@@ -10,12 +11,6 @@ constexpr std::size_t kRows = 720;
 constexpr std::size_t kPictureBytes = kRowBytes * kRows;  // 51840
 // The most bytes one command writes, and reads behind its control byte.
 constexpr std::size_t kLongestRun = 128;
-
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
-#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
-#else
-#define VELMORIC_VECTOR_CLONES
-#endif
 
 using Chunk = std::uint8_t __attribute__((vector_size(32)));
 

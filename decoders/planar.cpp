@@ -3,15 +3,53 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "decoders/vector_clones.h"
+
 #if defined(__x86_64__) && defined(__GNUC__)
 #include <immintrin.h>
 #define VELMORIC_MATRIX_KERNELS 1
 #endif
 
 namespace velmoric::planar {
+namespace {
+
+// ---- Everywhere: planesToNibbles group by group ------------------------
+inline std::uint64_t load64(const std::uint8_t* p) {
+    std::uint64_t v;
+    std::memcpy(&v, p, 8);
+    return v;
+}
+
+inline std::uint64_t load32(const std::uint8_t* p) {
+    std::uint32_t v;
+    std::memcpy(&v, p, 4);
+    return v;
+}
+
+inline void store64(void* p, std::uint64_t v) { std::memcpy(p, &v, 8); }
+
+VELMORIC_VECTOR_CLONES
+void fourPlaneGroupsPortable(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
+    for (std::size_t g = 0; g < groups; ++g) store64(dst + 8 * g, planesToNibbles(load64(src + 8 * g)));
+}
+
+VELMORIC_VECTOR_CLONES
+void twoPlaneGroupsPortable(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
+    for (std::size_t g = 0; g < groups; ++g) store64(dst + 8 * g, planesToNibbles(load32(src + 4 * g)));
+}
+
+VELMORIC_VECTOR_CLONES
+void columnGroupsPortable(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords,
+                          std::size_t lines) {
+    for (std::size_t y = 0; y < lines; ++y) {
+        const std::uint64_t x = std::uint64_t(planes[0][y]) | std::uint64_t(planes[1][y]) << 16 |
+                                std::uint64_t(planes[2][y]) << 32 | std::uint64_t(planes[3][y]) << 48;
+        store64(lastRow - rowWords * y, planesToNibbles(x));
+    }
+}
 
 #if defined(VELMORIC_MATRIX_KERNELS)
-namespace {
+// ---- With AVX-512BW and GFNI: eight groups a step ------------------------
 
 #define MATRIX_TARGET __attribute__((target("avx512f,avx512bw,gfni")))
 
@@ -91,68 +129,44 @@ MATRIX_TARGET void columnGroupsMatrix(const std::uint16_t* const planes[4], std:
     }
 }
 
-// VELMORIC_PORTABLE_MERGE set to anything turns the kernels off, so that
-// the portable conversion can be tested on a processor that has them.
+// VELMORIC_PORTABLE_MERGE set to anything holds the kernels back.
 bool detectMatrixKernels() {
     if (std::getenv("VELMORIC_PORTABLE_MERGE")) return false;
     __builtin_cpu_init();
     return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("gfni");
 }
 
-}  // namespace
-
+// Asked once; the answer does not change.
 bool haveMatrixKernels() {
     static const bool have = detectMatrixKernels();
     return have;
 }
-
-void fourPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
-    fourPlaneGroupsMatrix(src, dst, groups);
-}
-
-void twoPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
-    twoPlaneGroupsMatrix(src, dst, groups);
-}
-
-void columnGroups(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords,
-                  std::size_t lines) {
-    columnGroupsMatrix(planes, lastRow, rowWords, lines);
-}
-
-#else
-
-// Elsewhere the kernels are never chosen; should one be called, it still
-// gives the right bytes.
-bool haveMatrixKernels() { return false; }
-
-void fourPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
-    for (std::size_t g = 0; g < groups; ++g) {
-        std::uint64_t x;
-        std::memcpy(&x, src + 8 * g, 8);
-        x = planesToNibbles(x);
-        std::memcpy(dst + 8 * g, &x, 8);
-    }
-}
-
-void twoPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
-    for (std::size_t g = 0; g < groups; ++g) {
-        std::uint32_t w;
-        std::memcpy(&w, src + 4 * g, 4);
-        const std::uint64_t x = planesToNibbles(w);
-        std::memcpy(dst + 8 * g, &x, 8);
-    }
-}
-
-void columnGroups(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords,
-                  std::size_t lines) {
-    for (std::size_t y = 0; y < lines; ++y) {
-        const std::uint64_t x = std::uint64_t(planes[0][y]) | std::uint64_t(planes[1][y]) << 16 |
-                                std::uint64_t(planes[2][y]) << 32 | std::uint64_t(planes[3][y]) << 48;
-        const std::uint64_t pixels = planesToNibbles(x);
-        std::memcpy(lastRow - rowWords * y, &pixels, 8);
-    }
-}
-
 #endif
+
+}  // namespace
+
+// The kernels take eight groups a step: four-plane rows of at least eight
+// groups (the last step overlaps the one before), the others in whole steps.
+void fourPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
+#if defined(VELMORIC_MATRIX_KERNELS)
+    if (groups >= 8 && haveMatrixKernels()) return fourPlaneGroupsMatrix(src, dst, groups);
+#endif
+    fourPlaneGroupsPortable(src, dst, groups);
+}
+
+void twoPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups) {
+#if defined(VELMORIC_MATRIX_KERNELS)
+    if (groups % 8 == 0 && haveMatrixKernels()) return twoPlaneGroupsMatrix(src, dst, groups);
+#endif
+    twoPlaneGroupsPortable(src, dst, groups);
+}
+
+void columnGroups(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords,
+                  std::size_t lines) {
+#if defined(VELMORIC_MATRIX_KERNELS)
+    if (lines % 8 == 0 && haveMatrixKernels()) return columnGroupsMatrix(planes, lastRow, rowWords, lines);
+#endif
+    columnGroupsPortable(planes, lastRow, rowWords, lines);
+}
 
 }  // namespace velmoric::planar

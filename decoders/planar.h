@@ -42,22 +42,19 @@ inline std::uint64_t planesToNibbles(std::uint64_t x) {
     return ((x >> 16) & 0x0000FFFF0000FFFFull) | ((x & 0x0000FFFF0000FFFFull) << 16);
 }
 
-// Whether this processor runs the bit-matrix kernels below (AVX-512BW and
-// GFNI on x86-64). Asked once; the answer does not change.
-bool haveMatrixKernels();
-
-// The kernels give exactly what planesToNibbles gives, eight groups at a
-// time; call them only when haveMatrixKernels() is true.
+// Many groups at a time: by bit-matrix kernels where the processor has
+// AVX-512BW and GFNI, else by planesToNibbles in loops the compiler
+// vectorises. Both give the same bytes. VELMORIC_PORTABLE_MERGE set in the
+// environment holds the kernels back, so the loops can be tested anywhere.
 //
-// `groups` groups (at least 8) of four plane words, 8 bytes each, into 8
-// bitmap bytes each.
+// `groups` groups of four plane words, 8 bytes each, into 8 bitmap bytes
+// each.
 void fourPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups);
-// `groups` groups (a multiple of 8) of two plane words, 4 bytes each; the
-// missing planes count as 0.
+// `groups` groups of two plane words, 4 bytes each; the missing planes
+// count as 0.
 void twoPlaneGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups);
 // A column of groups whose planes lie in separate arrays, one word for
-// each of `lines` lines (a multiple of 8). Line y's group goes to
-// lastRow - rowWords * y.
+// each of `lines` lines. Line y's group goes to lastRow - rowWords * y.
 void columnGroups(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords,
                   std::size_t lines);
 

@@ -8,43 +8,10 @@
 namespace velmoric {
 namespace {
 
-using planar::planesToNibbles;
-
-inline std::uint64_t loadLe64(const std::uint8_t* p) {
-    std::uint64_t v;
-    std::memcpy(&v, p, 8);
-    return v;
-}
-
-inline std::uint64_t loadLe32(const std::uint8_t* p) {
-    std::uint32_t v;
-    std::memcpy(&v, p, 4);
-    return v;
-}
-
-inline void storeLe64(std::uint8_t* p, std::uint64_t v) { std::memcpy(p, &v, 8); }
-
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
-#define VELMORIC_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
-#else
-#define VELMORIC_VECTOR_CLONES
-#endif
-
 // One row of `groups` groups of four (or, with `groupBytes` 4, two) plane
 // words into 8 bitmap bytes each.
-VELMORIC_VECTOR_CLONES
-void mergeRowByGroups(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
-    if (groupBytes == 8) {
-        for (std::size_t g = 0; g < groups; ++g) storeLe64(dst + 8 * g, planesToNibbles(loadLe64(src + 8 * g)));
-    } else {
-        for (std::size_t g = 0; g < groups; ++g) storeLe64(dst + 8 * g, planesToNibbles(loadLe32(src + 4 * g)));
-    }
-}
-
 void mergeRow(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
-    if (!planar::haveMatrixKernels()) {
-        mergeRowByGroups(src, dst, groups, groupBytes);
-    } else if (groupBytes == 8) {
+    if (groupBytes == 8) {
         planar::fourPlaneGroups(src, dst, groups);
     } else {
         planar::twoPlaneGroups(src, dst, groups);

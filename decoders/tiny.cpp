@@ -162,34 +162,13 @@ void unpackStreams(Staging& s, const TinySource& in, std::int64_t controlAt, std
     } while (controlAt < controlEnd);
 }
 
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__SANITIZE_ADDRESS__)
-#define TINY_VECTOR_CLONES __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
-#else
-#define TINY_VECTOR_CLONES
-#endif
-
 // One column of groups, all 200 lines, from the words of up to four sets
 // (absent planes are 0) into bitmap rows of `rowWords` words, line 0 the
-// last row. The lines of a column lie side by side in each set, so the
-// loop over them runs in vector lanes.
-TINY_VECTOR_CLONES
-void mergeColumnByLines(const std::uint16_t* const planes[4], std::uint16_t* lastRow, std::size_t rowWords) {
-    for (std::size_t y = 0; y < 200; ++y) {
-        const std::uint64_t x = std::uint64_t(planes[0][y]) | std::uint64_t(planes[1][y]) << 16 |
-                                std::uint64_t(planes[2][y]) << 32 | std::uint64_t(planes[3][y]) << 48;
-        const std::uint64_t pixels = planar::planesToNibbles(x);
-        std::memcpy(lastRow - rowWords * y, &pixels, 8);
-    }
-}
-
+// last row. The lines of a column lie side by side in each set.
 void mergeColumn(const std::uint16_t* p0, const std::uint16_t* p1, const std::uint16_t* p2, const std::uint16_t* p3,
                  std::uint16_t* lastRow, std::size_t rowWords) {
     const std::uint16_t* const planes[4] = {p0, p1, p2, p3};
-    if (planar::haveMatrixKernels()) {
-        planar::columnGroups(planes, lastRow, rowWords, 200);
-    } else {
-        mergeColumnByLines(planes, lastRow, rowWords);
-    }
+    planar::columnGroups(planes, lastRow, rowWords, 200);
 }
 
 // Group m of a low line is column m of the four sets.
