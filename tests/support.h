@@ -8,7 +8,11 @@
 #include <fstream>
 #include <random>
 #include <string>
+#include <memory>
 #include <vector>
+
+#include "decoders/decoder.h"
+#include "shell/formats.h"
 
 namespace vtest {
 
@@ -67,6 +71,25 @@ inline Bytes randomBytes(std::size_t n, std::uint32_t seed) {
     Bytes b(n);
     for (auto& x : b) x = std::uint8_t(rng());
     return b;
+}
+
+// ---- Decoding in a test ---------------------------------------------------
+
+// Staging arrays as the viewer has them after start-up.
+inline std::unique_ptr<velmoric::Staging> freshStaging() {
+    auto s = std::make_unique<velmoric::Staging>();
+    s->buildTables();
+    return s;
+}
+
+inline Bytes bytesOf(std::span<const std::uint8_t> b) { return {b.begin(), b.end()}; }
+
+// Decodes `file` as the extension `ext` ("PI1", "tny"...) would dispatch it.
+inline velmoric::Decoded decodeAs(velmoric::Staging& s, const Bytes& file, const char* ext) {
+    const velmoric::Format* f = velmoric::findFormat(ext);
+    EXPECT_NE(f, nullptr) << ext;
+    if (!f) return velmoric::rejectedSource();
+    return velmoric::decodeWith(*f, s, velmoric::Source{file, file.size()});
 }
 
 // ---- A literal reference of the bitmap layouts --------------------------
