@@ -1,8 +1,9 @@
 #pragma once
 // The body of every fuzz target: the first input byte picks one extension of
 // the family (and, for SPU, whether the source claims the one accepted
-// length); the rest is the file. The staging arrays live on between inputs,
-// as they do in the viewer.
+// length); the rest is the file. Each input is decoded three times: in
+// staging arrays that live on between inputs, as they do in the viewer, and
+// twice from a fresh state, which must give the same bytes.
 #include <cstdint>
 #include <cstdlib>
 #include <initializer_list>
@@ -14,32 +15,55 @@
 
 namespace velmoric::fuzz {
 
-inline Staging& sharedStaging() {
-    static std::unique_ptr<Staging> s = [] {
-        auto fresh = std::make_unique<Staging>();
-        fresh->buildTables();
-        return fresh;
-    }();
-    return *s;
+inline std::unique_ptr<Staging> freshStaging() {
+    auto s = std::make_unique<Staging>();
+    s->buildTables();
+    return s;
 }
 
-// Every accepted decode must give a whole bitmap file whose header states
-// its length.
+// The file size each kind's bitmap has; kind 1 is a 4-bit or, from the
+// Spectrum decoders, a 24-bit bitmap.
+inline bool sizeFitsKind(const Decoded& d) {
+    const std::size_t n = d.bitmap.size();
+    switch (d.kind) {
+    case 1: return n == 2 * kLowBmpWords || n == kTrueBmpSize;
+    case 2: return n == 2 * kMedBmpWords;
+    case 3: return n == 2 * kMonoBmpWords;
+    case 4: return n == kMacBmpSize;
+    default: return false;
+    }
+}
+
+// An accepted decode gives a whole bitmap file of its kind's size, whose
+// header states that size, and a caption that begins with a blank.
 inline void checkBitmap(const Decoded& d) {
     if (d.rejected) return;
-    if (d.bitmap.size() < 54 || d.bitmap[0] != 'B' || d.bitmap[1] != 'M') std::abort();
+    if (!sizeFitsKind(d) || d.bitmap[0] != 'B' || d.bitmap[1] != 'M') std::abort();
     const std::size_t stated = d.bitmap[2] | (d.bitmap[3] << 8) | (d.bitmap[4] << 16) | (std::size_t(d.bitmap[5]) << 24);
-    if (stated != d.bitmap.size() || d.kind < 1 || d.kind > 4 || d.caption.empty() || d.caption[0] != ' ') std::abort();
+    if (stated != d.bitmap.size() || d.caption.empty() || d.caption[0] != ' ') std::abort();
+}
+
+inline void checkSame(const Decoded& a, const Decoded& b) {
+    if (a.rejected != b.rejected || a.kind != b.kind || a.caption != b.caption) std::abort();
+    if (!std::equal(a.bitmap.begin(), a.bitmap.end(), b.bitmap.begin(), b.bitmap.end())) std::abort();
 }
 
 inline int decodeOne(const std::uint8_t* data, std::size_t size, std::initializer_list<std::string_view> family) {
     if (size == 0) return 0;
     const std::string_view extension = family.begin()[data[0] % family.size()];
     const Format* format = findFormat(extension);
-    if (!format) return 0;  // not built yet
+    if (!format) return 0;
     const std::span<const std::uint8_t> file(data + 1, std::min<std::size_t>(size - 1, kSourceLimit));
     const std::uint64_t length = (extension == "SPU" && (data[0] & 0x80)) ? 51104 : size - 1;
-    checkBitmap(decodeWith(*format, sharedStaging(), Source{file, length}));
+    const Source source{file, length};
+
+    static std::unique_ptr<Staging> viewer = freshStaging();
+    checkBitmap(decodeWith(*format, *viewer, source));
+
+    const auto first = freshStaging(), second = freshStaging();
+    const Decoded a = decodeWith(*format, *first, source);
+    checkBitmap(a);
+    checkSame(a, decodeWith(*format, *second, source));
     return 0;
 }
 

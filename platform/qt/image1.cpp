@@ -5,17 +5,12 @@
 
 namespace velmoric::qt {
 
+// Qt's own BMP reader turns the bitmap bytes into an image; the bytes stay
+// with the picture object for saving and the clipboard.
 QImage toImage(const Picture& picture) {
-    if (picture.empty() || picture.width() <= 0 || picture.height() <= 0) return {};
-    QImage image(picture.width(), picture.height(), QImage::Format_RGB32);
-    const std::vector<std::uint32_t> rgb = picture.toRgb();
-    const int width = picture.width();
-    for (int y = 0; y < picture.height(); ++y) {
-        auto* line = reinterpret_cast<QRgb*>(image.scanLine(y));
-        const std::uint32_t* source = rgb.data() + std::size_t(y) * std::size_t(width);
-        for (int x = 0; x < width; ++x) line[x] = 0xFF000000u | source[x];
-    }
-    return image;
+    if (picture.empty()) return {};
+    const std::vector<std::uint8_t>& bytes = picture.bytes();
+    return QImage::fromData(QByteArrayView(bytes.data(), qsizetype(bytes.size())), "BMP");
 }
 
 Image1::Image1(QWidget* parent) : QWidget(parent) { setAttribute(Qt::WA_OpaquePaintEvent); }
