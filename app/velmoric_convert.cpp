@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/files.h"
-#include "tools/convert.h"
+#include "convert/convert.h"
 
 int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);

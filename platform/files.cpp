@@ -1,95 +1,159 @@
 #include "platform/files.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
+#include <fstream>
 #include <system_error>
+#include <utility>
 
 namespace velmoric::files {
 namespace {
 
 namespace fs = std::filesystem;
 
-struct FileCloser {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
-using FilePtr = std::unique_ptr<std::FILE, FileCloser>;
-
 [[noreturn]] void fail(const std::string& path, const char* what, int err) {
     throw PlatformError(path, std::string(what) + ": " + std::strerror(err));
 }
 
-FilePtr openExistingForReading(const std::string& path) {
-    std::error_code ec;
-    if (fs::is_directory(path, ec)) fail(path, "cannot read", EISDIR);
-    FilePtr f(std::fopen(path.c_str(), "rb"));
-    if (!f) fail(path, "cannot read", errno);
-    return f;
+// Closes a descriptor when it goes out of scope.
+class Descriptor {
+public:
+    explicit Descriptor(int fd) : fd_(fd) {}
+    ~Descriptor() {
+        if (fd_ >= 0) ::close(fd_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return fd_; }
+    int release() { return std::exchange(fd_, -1); }
+
+private:
+    int fd_;
+};
+
+const char* whatItIs(mode_t mode) {
+    if (S_ISDIR(mode)) return "is a folder, not a picture file";
+    if (S_ISFIFO(mode)) return "is a FIFO, not a picture file";
+    if (S_ISCHR(mode)) return "is a character device, not a picture file";
+    if (S_ISBLK(mode)) return "is a block device, not a picture file";
+    if (S_ISSOCK(mode)) return "is a socket, not a picture file";
+    return "is not a regular file";
 }
 
-void writeAll(std::FILE* f, const std::string& path, std::span<const std::uint8_t> bytes) {
-    if (!bytes.empty() && std::fwrite(bytes.data(), 1, bytes.size(), f) != bytes.size())
-        fail(path, "cannot write", errno ? errno : EIO);
-    if (std::fflush(f) != 0) fail(path, "cannot write", errno);
+// Opens a regular file for reading. O_NONBLOCK keeps the open of a FIFO from
+// waiting for a writer; it has no effect on a regular file.
+Descriptor openRegular(const std::string& path, struct stat& st) {
+    Descriptor fd(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    if (fd.get() < 0) fail(path, "cannot read", errno);
+    if (::fstat(fd.get(), &st) != 0) fail(path, "cannot read", errno);
+    if (!S_ISREG(st.st_mode)) throw PlatformError(path, whatItIs(st.st_mode));
+    return Descriptor(fd.release());
+}
+
+// Reads until `limit` bytes or the end of the file.
+std::size_t readUpTo(int fd, const std::string& path, std::uint8_t* to, std::size_t limit) {
+    std::size_t got = 0;
+    while (got < limit) {
+        const ssize_t n = ::read(fd, to + got, limit - got);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) fail(path, "cannot read", errno);
+        if (n == 0) break;
+        got += std::size_t(n);
+    }
+    return got;
+}
+
+void writeAll(int fd, const std::string& path, std::span<const std::uint8_t> bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = ::write(fd, bytes.data() + done, bytes.size() - done);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) fail(path, "cannot write", n < 0 ? errno : EIO);
+        done += std::size_t(n);
+    }
+}
+
+void closeChecked(Descriptor& fd, const std::string& path) {
+    if (::close(fd.release()) != 0) fail(path, "cannot write", errno);
+}
+
+// The process's file mode mask, read without changing it (umask() would, for
+// a moment, for every thread).
+mode_t currentUmask() {
+    std::ifstream status("/proc/self/status");
+    std::string line;
+    while (std::getline(status, line))
+        if (line.rfind("Umask:", 0) == 0) return mode_t(std::strtoul(line.c_str() + 6, nullptr, 8));
+    return 022;
 }
 
 }  // namespace
 
 SourceData readSource(const std::string& path, std::size_t limit) {
-    FilePtr f = openExistingForReading(path);
+    struct stat st {};
+    Descriptor fd = openRegular(path, st);
     SourceData out;
     out.bytes.resize(limit);
-    const std::size_t got = std::fread(out.bytes.data(), 1, limit, f.get());
-    if (std::ferror(f.get())) fail(path, "cannot read", errno ? errno : EIO);
-    out.bytes.resize(got);
-    out.length = got;
-    if (got == limit) {
-        if (std::fseek(f.get(), 0, SEEK_END) == 0) {
-            const long end = std::ftell(f.get());
-            if (end > 0) out.length = std::uint64_t(end);
-        }
-    }
+    out.bytes.resize(readUpTo(fd.get(), path, out.bytes.data(), limit));
+    // A file that ended before the limit is as long as what was read.
+    out.length = out.bytes.size() < limit ? out.bytes.size() : std::max<std::uint64_t>(limit, st.st_size);
     return out;
-}
-
-void writeOver(const std::string& path, std::span<const std::uint8_t> bytes) {
-    FilePtr f(std::fopen(path.c_str(), "r+b"));
-    if (!f && errno == ENOENT) f.reset(std::fopen(path.c_str(), "w+b"));
-    if (!f) fail(path, "cannot write", errno);
-    writeAll(f.get(), path, bytes);
-}
-
-void writeWhole(const std::string& path, std::span<const std::uint8_t> bytes) {
-    FilePtr f(std::fopen(path.c_str(), "wb"));
-    if (!f) fail(path, "cannot write", errno);
-    writeAll(f.get(), path, bytes);
 }
 
 std::vector<std::uint8_t> readWhole(const std::string& path) {
-    FilePtr f = openExistingForReading(path);
-    std::vector<std::uint8_t> out;
-    std::uint8_t buf[65536];
-    std::size_t got;
-    while ((got = std::fread(buf, 1, sizeof buf, f.get())) > 0) out.insert(out.end(), buf, buf + got);
-    if (std::ferror(f.get())) fail(path, "cannot read", errno ? errno : EIO);
+    struct stat st {};
+    Descriptor fd = openRegular(path, st);
+    std::vector<std::uint8_t> out(std::size_t(st.st_size));
+    out.resize(readUpTo(fd.get(), path, out.data(), out.size()));
     return out;
+}
+
+void writeNew(const std::string& path, std::span<const std::uint8_t> bytes) {
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT) fail(path, "cannot replace", errno);
+    Descriptor fd(::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+    if (fd.get() < 0) fail(path, "cannot write", errno);
+    writeAll(fd.get(), path, bytes);
+    closeChecked(fd, path);
+}
+
+void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
+    const fs::path target(path);
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    std::string temporary = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
+    Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
+    if (fd.get() < 0) fail(path, "cannot write", errno);
+    try {
+        // mkostemp makes the file 0600: a file that is replaced keeps its mode,
+        // a new one gets the mode any new file would.
+        static const mode_t mask = currentUmask();
+        struct stat old {};
+        const bool replacing = ::lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+        if (::fchmod(fd.get(), replacing ? (old.st_mode & 07777) : (0666 & ~mask)) != 0) fail(path, "cannot write", errno);
+        writeAll(fd.get(), path, bytes);
+        closeChecked(fd, path);
+        if (::rename(temporary.c_str(), path.c_str()) != 0) fail(path, "cannot write", errno);
+    } catch (...) {
+        ::unlink(temporary.c_str());
+        throw;
+    }
 }
 
 void remove(const std::string& path) {
     if (std::remove(path.c_str()) != 0) fail(path, "cannot delete", errno);
 }
 
-bool folderWritable(const std::string& folder) { return ::access(folder.c_str(), W_OK | X_OK) == 0; }
-
 bool isTerminal(int fd) { return ::isatty(fd) == 1; }
 
 std::string runtimeFolder() {
-    if (const char* xdg = std::getenv("XDG_RUNTIME_DIR"); xdg && *xdg && folderWritable(xdg)) return xdg;
+    if (const char* xdg = std::getenv("XDG_RUNTIME_DIR"); xdg && *xdg && ::access(xdg, W_OK | X_OK) == 0) return xdg;
     std::error_code ec;
     auto tmp = fs::temp_directory_path(ec);
     return ec ? std::string("/tmp") : tmp.string();
@@ -101,6 +165,21 @@ std::string programFolder() {
     if (ec) return fs::current_path(ec).string();
     auto folder = exe.parent_path().string();
     return folder.empty() ? std::string("/") : folder;
+}
+
+const std::string& PrivateFolder::path() {
+    if (path_.empty()) {
+        std::string name = (fs::path(runtimeFolder()) / "velmoric-XXXXXX").string();
+        if (!::mkdtemp(name.data())) fail(name, "cannot make a private folder", errno);
+        path_ = name;
+    }
+    return path_;
+}
+
+PrivateFolder::~PrivateFolder() {
+    if (path_.empty()) return;
+    std::error_code ec;
+    fs::remove_all(path_, ec);
 }
 
 }  // namespace velmoric::files

@@ -30,22 +30,26 @@ struct SourceData {
 
 namespace files {
 
-// Reads at most `limit` bytes from the start of an existing regular file.
-// Never creates or changes the file.
+// Reads at most `limit` bytes from the start of a regular file (a link to one
+// counts). A FIFO, a device, a socket or a folder is refused without waiting
+// and without being read. Never creates or changes anything.
 SourceData readSource(const std::string& path, std::size_t limit);
 
-// Writes `bytes` from the first byte of the file on, creating it when it is
-// missing. An existing file is not truncated: a longer old file keeps its tail.
-void writeOver(const std::string& path, std::span<const std::uint8_t> bytes);
-
-// Writes `bytes` as the whole new content of the file.
-void writeWhole(const std::string& path, std::span<const std::uint8_t> bytes);
-
-// Reads a whole file (for loading bitmaps back).
+// Reads a whole regular file, with the same refusals.
 std::vector<std::uint8_t> readWhole(const std::string& path);
 
+// Creates the file anew with `bytes`, readable by the user alone: a file of
+// that name is removed first, and the new one is created exclusively, never
+// through a link. For files in a folder only this process writes.
+void writeNew(const std::string& path, std::span<const std::uint8_t> bytes);
+
+// Replaces the file with `bytes` in one step: the bytes go to a new file in
+// the same folder, which is then renamed over the name. A failure leaves the
+// old file (or no file) under the name and no partial file; a link at the
+// name is replaced, not followed.
+void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
+
 void remove(const std::string& path);
-bool folderWritable(const std::string& folder);
 bool isTerminal(int fd);
 
 // The user's runtime folder: XDG_RUNTIME_DIR, else the system's temporary folder.
@@ -53,6 +57,23 @@ std::string runtimeFolder();
 // The folder that holds the running program, without a trailing separator
 // except at the root.
 std::string programFolder();
+
+// A folder of this process alone (mode 0700, a fresh random name under the
+// runtime folder), made on first use and removed with everything in it when
+// the object ends.
+class PrivateFolder {
+public:
+    PrivateFolder() = default;
+    ~PrivateFolder();
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+
+    // The folder's path; throws PlatformError when it cannot be made.
+    const std::string& path();
+
+private:
+    std::string path_;
+};
 
 }  // namespace files
 }  // namespace velmoric

@@ -13,18 +13,14 @@ std::string LocalFilesPlatform::programFolder() {
     return programFolderOverride_.empty() ? files::programFolder() : programFolderOverride_;
 }
 
-std::string LocalFilesPlatform::temporaryBitmapPath() {
-    const std::string folder = programFolder();
-    if (files::folderWritable(folder)) return joinPath(folder, kTemporaryBitmapName);
-    return joinPath(files::runtimeFolder(), kTemporaryBitmapName);
-}
+std::string LocalFilesPlatform::temporaryBitmapPath() { return joinPath(private_.path(), kTemporaryBitmapName); }
 
 SourceData LocalFilesPlatform::readSource(const std::string& path, std::size_t limit) {
     return files::readSource(path, limit);
 }
 
 void LocalFilesPlatform::writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
-    files::writeOver(path, bytes);
+    files::writeNew(path, bytes);
 }
 
 void LocalFilesPlatform::deleteFile(const std::string& path) { files::remove(path); }

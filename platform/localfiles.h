@@ -21,10 +21,11 @@ public:
 
 private:
     std::string programFolderOverride_;
+    files::PrivateFolder private_;  // holds the temporary bitmap
 };
 
-// The name of the temporary bitmap, beside the program when that folder can
-// be written, else in the user's runtime folder.
+// The name of the temporary bitmap, in a folder of the running process alone:
+// no other user can plant a link there, and two viewers never share it.
 inline constexpr const char* kTemporaryBitmapName = "tmp~~~$$.BMP";
 
 }  // namespace velmoric

@@ -59,19 +59,23 @@ const std::vector<std::uint8_t>& Picture::bytes() const {
     return data_ ? *data_ : none;
 }
 
-std::uint32_t Picture::rgb(int x, int y) const {
-    if (!data_ || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
+int Picture::paletteIndex(int x, int y) const {
+    if (!data_ || bpp_ > 8 || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
     const int fileRow = bottomUp_ ? height_ - 1 - y : y;
     const std::uint8_t* row = data_->data() + pixelOffset_ + stride_ * std::size_t(fileRow);
     switch (bpp_) {
-    case 24: {
-        const std::uint8_t* px = row + 3 * std::size_t(x);
-        return (std::uint32_t(px[2]) << 16) | (px[1] << 8) | px[0];
+    case 8: return row[x];
+    case 4: return (row[x / 2] >> ((x & 1) ? 0 : 4)) & 15;
+    default: return (row[x / 8] >> (7 - (x & 7))) & 1;
     }
-    case 8: return palette_[row[x]];
-    case 4: return palette_[(row[x / 2] >> ((x & 1) ? 0 : 4)) & 15];
-    default: return palette_[(row[x / 8] >> (7 - (x & 7))) & 1];
-    }
+}
+
+std::uint32_t Picture::rgb(int x, int y) const {
+    if (!data_ || x < 0 || y < 0 || x >= width_ || y >= height_) return 0;
+    if (bpp_ <= 8) return palette_[std::size_t(paletteIndex(x, y))];
+    const int fileRow = bottomUp_ ? height_ - 1 - y : y;
+    const std::uint8_t* px = data_->data() + pixelOffset_ + stride_ * std::size_t(fileRow) + 3 * std::size_t(x);
+    return (std::uint32_t(px[2]) << 16) | (px[1] << 8) | px[0];
 }
 
 std::vector<std::uint32_t> Picture::toRgb() const {

@@ -27,6 +27,10 @@ public:
 
     // Colour of the pixel at column x of row y, row 0 at the top, as 0xRRGGBB.
     std::uint32_t rgb(int x, int y) const;
+    // For 1, 4 and 8 bits a pixel: the palette as 0xRRGGBB, 2 to the power
+    // of the bits entries, and the palette index of a pixel.
+    const std::vector<std::uint32_t>& palette() const { return palette_; }
+    int paletteIndex(int x, int y) const;
     // The whole picture as rows of 0xRRGGBB, top row first.
     std::vector<std::uint32_t> toRgb() const;
 

@@ -47,9 +47,11 @@ public:
     // ---- Files and process ----------------------------------------------
     virtual std::string programFolder() = 0;
     virtual std::string commandLine() = 0;
-    // Where the temporary bitmap of an open lives.
+    // Where the temporary bitmap of an open lives, in a folder of this process
+    // alone; throws PlatformError when that folder cannot be made.
     virtual std::string temporaryBitmapPath() = 0;
     virtual SourceData readSource(const std::string& path, std::size_t limit) = 0;
+    // Creates the file anew, exclusively and never through a link.
     virtual void writeFile(const std::string& path, std::span<const std::uint8_t> bytes) = 0;
     virtual void deleteFile(const std::string& path) = 0;
     virtual void closeAllFiles() = 0;

@@ -259,44 +259,6 @@ void makeFolder(const fs::path& folder) {
     if (ec) throw PlatformError(folder.string(), "cannot create folder: " + ec.message());
 }
 
-void writeAllTo(int fd, const std::string& path, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t n = ::write(fd, text.data(), text.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) fail(path, "cannot write", n < 0 ? errno : EIO);
-        text.remove_prefix(std::size_t(n));
-    }
-    if (::fsync(fd) != 0) fail(path, "cannot write", errno);
-}
-
-// Writes into a fresh file beside the target and renames it over the target.
-void writeThroughTemporary(const std::string& target, std::string_view text) {
-    const fs::path t(target);
-    std::string temp = (t.parent_path() / ("." + t.filename().string() + ".XXXXXX")).string();
-    const int fd = ::mkstemp(temp.data());
-    if (fd < 0) fail(target, "cannot write", errno);
-    try {
-        struct stat st {};
-        const mode_t mode = ::stat(target.c_str(), &st) == 0 ? (st.st_mode & 07777) : 0644;
-        if (::fchmod(fd, mode) != 0) fail(target, "cannot write", errno);
-        writeAllTo(fd, target, text);
-    } catch (...) {
-        ::close(fd);
-        ::unlink(temp.c_str());
-        throw;
-    }
-    if (::close(fd) != 0) {
-        const int err = errno;
-        ::unlink(temp.c_str());
-        fail(target, "cannot write", err);
-    }
-    if (::rename(temp.c_str(), target.c_str()) != 0) {
-        const int err = errno;
-        ::unlink(temp.c_str());
-        fail(target, "cannot write", err);
-    }
-}
-
 // Starts a program with its arguments, no shell between, and waits for it.
 // Its output goes nowhere and its exit status is not looked at.
 void runQuietly(const std::string& program, const std::vector<std::string>& args) {
@@ -422,7 +384,7 @@ void runUpdateTools(const Folders& folders) {
 void replaceFile(const std::string& path, std::string_view text) {
     const std::string target = resolvedTarget(path);
     makeFolder(fs::path(target).parent_path());
-    writeThroughTemporary(target, text);
+    files::replaceAtomically(target, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
 std::string findOnPath(const std::string& program) {

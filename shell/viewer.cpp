@@ -102,11 +102,12 @@ void Viewer::openpic() {
     // the kind before the picture is loaded.
     const std::int16_t kindBefore = kind;
     const std::string captionBefore = ui.caption();
-    const std::string temporary = ui.temporaryBitmapPath();
+    std::string temporary;
     bool laidOut = false;
     bool written = false;
     try {
         if (const Format* format = findFormat(extension)) {
+            temporary = ui.temporaryBitmapPath();
             dispatched = true;
             runDecoder(*format);
             written = badfile == kFalse;
@@ -121,7 +122,6 @@ void Viewer::openpic() {
         const Picture picture = ui.loadPicture(temporary);
         ui.setPicture(picture);
         ui.closeAllFiles();
-        ui.deleteFile(temporary);
     } catch (const PlatformError& e) {
         ui.closeAllFiles();
         if (written) {
@@ -136,6 +136,12 @@ void Viewer::openpic() {
         showErrorBox(e.what());
         menuson();
         return;
+    }
+    // The picture is on show; a temporary file that will not go now goes
+    // with the private folder when the program ends.
+    try {
+        ui.deleteFile(temporary);
+    } catch (const PlatformError&) {
     }
 
     const std::size_t slash = name.find_last_of(kPathSeparator);
@@ -185,7 +191,11 @@ void Viewer::medit_Click(int index) {
 }
 
 void Viewer::mhelp_Click(int index) {
-    if (index == 2) showAbout();
+    if (index == 0) {
+        if (helpDialog) helpDialog();
+    } else if (index == 2) {
+        showAbout();
+    }
 }
 
 void Viewer::toolbarClick(const std::string& key) {
@@ -193,6 +203,8 @@ void Viewer::toolbarClick(const std::string& key) {
         openpic();
     } else if (key == "pref") {
         medit_Click(2);
+    } else if (key == "help") {
+        mhelp_Click(0);
     }
 }
 

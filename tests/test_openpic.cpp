@@ -1,4 +1,7 @@
 // The road from a name to a picture on show, with the headless platform.
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "platform/headless.h"
@@ -24,7 +27,7 @@ struct OpenTest : ::testing::Test {
         ui.registeredExtensions.insert("spu");
         v.Form_Load();
     }
-    std::string temporary() { return dir.file("tmp~~~$$.BMP"); }
+    std::string temporary() { return ui.temporaryBitmapPath(); }
 
     // Opens `name` as a drop or hand-over would: mode 2.
     void openNamed(const std::string& name) {
@@ -109,7 +112,7 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
     };
     const std::string fileError = "#Sorry a file error has occured.\nProbably an incorrect file type or invalid picture file.";
     const std::string systemError = "Sorry an error has occured.\nThe system reports the following.\n";
-    const std::vector<Case> cases = {
+    std::vector<Case> cases = {
         {dir.file("mixed.Neo"), "Neo#" + fileError},
         {dir.file("notes.txt"), "txt#" + fileError},
         {"ab", "ab#" + fileError},
@@ -117,8 +120,17 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
         {dir.file("short.spu"), "spu#" + fileError},
         {dir.file("long.spu"), "spu#" + fileError},
         {dir.file("missing.neo"), systemError + dir.file("missing.neo") + ": cannot read: No such file or directory"},
-        {dir.file("folder.neo"), systemError + dir.file("folder.neo") + ": cannot read: Is a directory"},
+        {dir.file("folder.neo"), systemError + dir.file("folder.neo") + ": is a folder, not a picture file"},
+        {dir.file("x.pi1"), systemError + dir.file("x.pi1") + ": is a FIFO, not a picture file"},
+        {dir.file("x.neo"), systemError + dir.file("x.neo") + ": is a character device, not a picture file"},
     };
+    ASSERT_EQ(::mkfifo(dir.file("x.pi1").c_str(), 0600), 0);
+    std::filesystem::create_symlink("/dev/null", dir.file("x.neo"));
+    if (::geteuid() != 0) {  // root reads a file of mode 000 all the same
+        vtest::writeFile(dir.file("locked.pi1"), vtest::randomBytes(32034, 9));
+        std::filesystem::permissions(dir.file("locked.pi1"), std::filesystem::perms::none);
+        cases.push_back({dir.file("locked.pi1"), systemError + dir.file("locked.pi1") + ": cannot read: Permission denied"});
+    }
     for (const Case& c : cases) {
         const auto before = snapshot();
         ui.messages.clear();
@@ -154,7 +166,7 @@ TEST_F(OpenTest, CommandsAreOffWhileTheDecoderRuns) {
 }
 
 TEST_F(OpenTest, AnUnloadableTemporaryBitmapKeepsThePreviousState) {
-    // A program folder that cannot take the file: the temporary path is a folder.
+    // A temporary path that cannot take the file: a folder stands there.
     std::filesystem::create_directories(temporary());
     const std::string path = dir.file("a.neo");
     vtest::writeFile(path, neoFile(7));

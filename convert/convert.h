@@ -4,11 +4,14 @@
 // depends on that file alone, whatever the order or the number of workers.
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace velmoric {
+
+struct Staging;
 
 enum class OutputFormat { Bmp, Png };
 
@@ -32,6 +35,20 @@ struct FileDecode {
     std::vector<std::uint8_t> bitmap;  // the bytes of the temporary bitmap
 };
 
+// Staging arrays that decode every file from the state of a fresh start,
+// reused from file to file: only what a decode can leave behind is cleared.
+class FreshStaging {
+public:
+    FreshStaging();
+    ~FreshStaging();
+    FileDecode decode(const std::string& path);
+
+private:
+    std::unique_ptr<Staging> staging_;
+    bool used_ = false;
+};
+
+// The decode of one file in staging arrays of its own.
 FileDecode decodeFile(const std::string& path);
 
 // Parses the arguments after the program name; nullopt and a message on `err`
@@ -41,7 +58,8 @@ std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& a
 std::string convertUsage();
 
 // Runs a whole conversion. Returns the exit status: 0 all converted, 1 any
-// failed, 2 bad usage.
+// failed (or a folder held no picture), 2 bad usage or inputs that would
+// write the same output, refused before any work.
 int runConvert(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, bool errIsTerminal);
 
 }  // namespace velmoric

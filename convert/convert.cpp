@@ -1,0 +1,391 @@
+#include "convert/convert.h"
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <ostream>
+#include <sstream>
+#include <thread>
+
+#include "convert/png.h"
+#include "platform/files.h"
+#include "shell/formats.h"
+
+namespace velmoric {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Job {
+    std::string source;
+    std::string output;  // empty with --info
+};
+
+struct Collected {
+    std::vector<Job> jobs;
+    std::vector<std::string> errors;  // lines for inputs that gave no job
+};
+
+struct JobResult {
+    bool done = false;
+    bool ok = false;
+    std::string line;  // what to print: an info line, or "path: reason"
+};
+
+bool isPictureName(const fs::path& p) { return findFormat(extensionOf(p.filename().string())) != nullptr; }
+
+std::string outputName(const ConvertOptions& o, const fs::path& source, const fs::path& relativeFolder) {
+    const std::string suffix = o.format == OutputFormat::Png ? ".png" : ".bmp";
+    const std::string name = source.filename().string() + suffix;
+    if (o.outputFolder.empty()) return (source.parent_path() / name).string();
+    return (fs::path(o.outputFolder) / relativeFolder / name).lexically_normal().string();
+}
+
+// The picture files a folder holds (with -r, also below it), in name order.
+std::vector<fs::path> picturesIn(const std::string& folder, bool recursive) {
+    std::vector<fs::path> found;
+    std::error_code ec;
+    auto consider = [&](const fs::directory_entry& e) {
+        std::error_code fileEc;
+        if (e.is_regular_file(fileEc) && isPictureName(e.path())) found.push_back(e.path());
+    };
+    if (recursive) {
+        for (auto it = fs::recursive_directory_iterator(folder, fs::directory_options::skip_permission_denied, ec);
+             !ec && it != fs::recursive_directory_iterator(); it.increment(ec))
+            consider(*it);
+    } else {
+        for (auto it = fs::directory_iterator(folder, ec); !ec && it != fs::directory_iterator(); it.increment(ec))
+            consider(*it);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+// Expands folders into the picture files they hold.
+Collected collectJobs(const ConvertOptions& o) {
+    Collected c;
+    for (const std::string& input : o.inputs) {
+        std::error_code ec;
+        if (!fs::is_directory(input, ec)) {
+            c.jobs.push_back({input, o.info ? std::string() : outputName(o, input, {})});
+            continue;
+        }
+        const std::vector<fs::path> found = picturesIn(input, o.recursive);
+        if (found.empty()) c.errors.push_back(input + ": no picture files in this folder");
+        for (const fs::path& p : found) {
+            const fs::path relative = p.parent_path().lexically_relative(input);
+            c.jobs.push_back({p.string(), o.info ? std::string() : outputName(o, p, relative)});
+        }
+    }
+    return c;
+}
+
+// One line for every input whose output another input would write too.
+std::vector<std::string> collisions(const std::vector<Job>& jobs) {
+    std::map<std::string, std::vector<const Job*>> byOutput;
+    for (const Job& j : jobs)
+        if (!j.output.empty()) byOutput[fs::absolute(j.output).lexically_normal().string()].push_back(&j);
+    std::vector<std::string> lines;
+    for (const Job& j : jobs) {
+        if (j.output.empty()) continue;
+        for (const Job* other : byOutput[fs::absolute(j.output).lexically_normal().string()]) {
+            if (other == &j) continue;
+            lines.push_back(j.source + ": " + other->source + " would be written to the same file " + j.output);
+            break;
+        }
+    }
+    return lines;
+}
+
+// Back to the state of a fresh start: the arrays whose bytes live on from one
+// picture to the next are cleared, and the palette only an inversion changes
+// is set again. The headers and tables stay as start-up built them.
+void resetToFresh(Staging& s) {
+    std::memset(s.srcwords.data(), 0, sizeof s.srcwords.a);
+    std::memset(s.srcbytes.data(), 0, sizeof s.srcbytes.a);
+    std::memset(s.pixbytes.data(), 0, sizeof s.pixbytes.a);
+    std::memset(s.lowbmp.data() + kColourPixelWord, 0, sizeof s.lowbmp.a - 2 * kColourPixelWord);
+    std::memset(s.medbmp.data() + kColourPixelWord, 0, sizeof s.medbmp.a - 2 * kColourPixelWord);
+    s.monobmp[27] = 0xFFFF;
+    s.monobmp[28] = 0xFFFF;
+    s.monobmp[29] = 0;
+    s.monobmp[30] = 0;
+}
+
+FileDecode decodeInto(Staging& staging, const std::string& path) {
+    FileDecode d;
+    const std::string name = fs::path(path).filename().string();
+    const std::string extension = extensionOf(name);
+    const Format* format = findFormat(extension);
+    if (!format) {
+        d.reason = "no decoder for the extension '" + extension + "'";
+        return d;
+    }
+    SourceData data;
+    try {
+        data = files::readSource(path, kSourceLimit);
+    } catch (const PlatformError& e) {
+        d.reason = e.reason();
+        return d;
+    }
+    const Decoded result = decodeWith(*format, staging, Source{data.bytes, data.length});
+    if (result.rejected) {
+        d.reason = "not a valid " + std::string(format->description) + " file";
+        return d;
+    }
+    d.ok = true;
+    d.caption = std::string(result.caption);
+    d.kind = result.kind;
+    d.bitmap.assign(result.bitmap.begin(), result.bitmap.end());
+    d.width = nativeSizeOfKind(result.kind).width;
+    d.height = nativeSizeOfKind(result.kind).height;
+    return d;
+}
+
+JobResult runJob(const ConvertOptions& o, const Job& job, FreshStaging& staging) {
+    JobResult r;
+    r.done = true;
+    const FileDecode d = staging.decode(job.source);
+    if (!d.ok) {
+        r.line = job.source + ": " + d.reason;
+        return r;
+    }
+    if (o.info) {
+        r.ok = true;
+        r.line = job.source + "\t" + d.caption.substr(1) + "\t" + std::to_string(d.kind) + "\t" +
+                 std::to_string(d.width) + "x" + std::to_string(d.height);
+        return r;
+    }
+    try {
+        if (!o.outputFolder.empty()) fs::create_directories(fs::path(job.output).parent_path());
+        if (o.format == OutputFormat::Png) {
+            files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes(d.bitmap)));
+        } else {
+            files::replaceAtomically(job.output, d.bitmap);
+        }
+        r.ok = true;
+    } catch (const PlatformError& e) {
+        r.line = job.source + ": " + e.reason() + " (" + e.path() + ")";
+    } catch (const std::exception& e) {
+        r.line = job.source + ": " + e.what();
+    }
+    return r;
+}
+
+// Prints results in the order of the inputs, and a progress line on a
+// terminal once a run takes longer than a second.
+class Reporter {
+public:
+    Reporter(const ConvertOptions& o, std::ostream& out, std::ostream& err, bool errIsTerminal, std::size_t total)
+        : o_(o), out_(out), err_(err), terminal_(errIsTerminal), total_(total) {}
+    ~Reporter() {
+        if (progressShown_) err_ << "\r\033[K" << std::flush;
+    }
+
+    void print(const JobResult& r) {
+        if (progressShown_) err_ << "\r\033[K";
+        if (!r.ok) {
+            failed = true;
+            err_ << r.line << "\n";
+        } else if (o_.info) {
+            out_ << r.line << "\n";
+        }
+        ++printed_;
+    }
+
+    void progress(bool wrote) {
+        const bool slow = std::chrono::steady_clock::now() - start_ > std::chrono::seconds(1);
+        if (terminal_ && !o_.quiet && slow && printed_ < total_ && (wrote || !progressShown_)) {
+            err_ << "\r\033[Kconverted " << printed_ << " of " << total_ << " files" << std::flush;
+            progressShown_ = true;
+        }
+    }
+
+    bool failed = false;
+
+private:
+    const ConvertOptions& o_;
+    std::ostream& out_;
+    std::ostream& err_;
+    bool terminal_;
+    std::size_t total_;
+    std::size_t printed_ = 0;
+    bool progressShown_ = false;
+    std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
+};
+
+void runHere(const ConvertOptions& o, const std::vector<Job>& jobs, Reporter& report) {
+    FreshStaging staging;
+    for (const Job& job : jobs) {
+        report.print(runJob(o, job, staging));
+        report.progress(true);
+    }
+}
+
+// Workers take the next job each; the results are printed in input order
+// as soon as all before them are done.
+void runInWorkers(const ConvertOptions& o, const std::vector<Job>& jobs, std::size_t workers, Reporter& report) {
+    std::vector<JobResult> results(jobs.size());
+    std::mutex m;
+    std::condition_variable finished;
+    std::size_t next = 0;
+    auto work = [&] {
+        FreshStaging staging;
+        for (;;) {
+            std::size_t i;
+            {
+                std::lock_guard lock(m);
+                if (next == jobs.size()) return;
+                i = next++;
+            }
+            JobResult r = runJob(o, jobs[i], staging);
+            std::lock_guard lock(m);
+            results[i] = std::move(r);
+            finished.notify_one();
+        }
+    };
+    std::vector<std::thread> pool;
+    for (std::size_t t = 0; t < workers; ++t) pool.emplace_back(work);
+    std::size_t printed = 0;
+    {
+        std::unique_lock lock(m);
+        while (printed < jobs.size()) {
+            // Wakes when the next result is there, or now and then for the progress line.
+            finished.wait_for(lock, std::chrono::milliseconds(200), [&] { return results[printed].done; });
+            bool wrote = false;
+            for (; printed < jobs.size() && results[printed].done; ++printed, wrote = true) report.print(results[printed]);
+            report.progress(wrote);
+        }
+    }
+    for (std::thread& t : pool) t.join();
+}
+
+}  // namespace
+
+FreshStaging::FreshStaging() : staging_(std::make_unique<Staging>()) { staging_->buildTables(); }
+FreshStaging::~FreshStaging() = default;
+
+FileDecode FreshStaging::decode(const std::string& path) {
+    if (used_) resetToFresh(*staging_);
+    used_ = true;
+    return decodeInto(*staging_, path);
+}
+
+FileDecode decodeFile(const std::string& path) {
+    FreshStaging staging;
+    return staging.decode(path);
+}
+
+std::string convertUsage() {
+    std::ostringstream s;
+    s << "usage: velmoric-convert [-o DIR] [-f bmp|png] [-j N] [-r] [--info] [-q] FILE|DIR...\n"
+         "Decodes Atari ST and MacPaint pictures to Windows bitmaps (PI1 -> PI1.bmp) or PNG.\n"
+         "  -o DIR      write the outputs into DIR instead of beside each source\n"
+         "  -f bmp|png  output format (default bmp: the exact bitmap the viewer shows)\n"
+         "  -j N        decode N files at once (default: one for each core)\n"
+         "  -r          look for pictures in folders below the named folders too\n"
+         "  --info      print path, format, kind and size of each picture; write nothing\n"
+         "  -q          no progress line\n"
+         "Two inputs that would write the same output file (the same name from\n"
+         "different folders into one -o DIR) are refused before anything is written;\n"
+         "with -r the outputs keep the folders below the named folder. Every output is\n"
+         "written to a new file and renamed into place, so none is ever left half written.\n"
+         "Formats, by the last three letters of the name (all capitals or all small letters):\n";
+    for (const Format& f : formatTable())
+        if (f.decode) s << "  " << f.upper << "  " << f.description << "\n";
+    return s.str();
+}
+
+std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& args, std::ostream& err) {
+    ConvertOptions o;
+    bool onlyFiles = false;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        auto value = [&](const char* what) -> std::optional<std::string> {
+            if (i + 1 >= args.size()) {
+                err << "velmoric-convert: " << a << " needs " << what << "\n";
+                return std::nullopt;
+            }
+            return args[++i];
+        };
+        if (onlyFiles || a.empty() || a[0] != '-' || a == "-") {
+            o.inputs.push_back(a);
+        } else if (a == "--") {
+            onlyFiles = true;
+        } else if (a == "-o") {
+            auto v = value("a folder");
+            if (!v) return std::nullopt;
+            o.outputFolder = *v;
+        } else if (a == "-f") {
+            auto v = value("bmp or png");
+            if (!v) return std::nullopt;
+            if (*v == "bmp") o.format = OutputFormat::Bmp;
+            else if (*v == "png") o.format = OutputFormat::Png;
+            else {
+                err << "velmoric-convert: unknown output format '" << *v << "' (bmp or png)\n";
+                return std::nullopt;
+            }
+        } else if (a == "-j") {
+            auto v = value("a number");
+            if (!v) return std::nullopt;
+            char* end = nullptr;
+            const long n = std::strtol(v->c_str(), &end, 10);
+            if (v->empty() || *end || n < 1 || n > 1024) {
+                err << "velmoric-convert: -j needs a number from 1 to 1024\n";
+                return std::nullopt;
+            }
+            o.jobs = int(n);
+        } else if (a == "-r") {
+            o.recursive = true;
+        } else if (a == "--info") {
+            o.info = true;
+        } else if (a == "-q") {
+            o.quiet = true;
+        } else if (a == "-h" || a == "--help") {
+            err << convertUsage();
+            return std::nullopt;
+        } else {
+            err << "velmoric-convert: unknown option '" << a << "'\n";
+            return std::nullopt;
+        }
+    }
+    if (o.inputs.empty()) {
+        err << convertUsage();
+        return std::nullopt;
+    }
+    return o;
+}
+
+int runConvert(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, bool errIsTerminal) {
+    const std::optional<ConvertOptions> parsed = parseConvertArgs(args, err);
+    if (!parsed) return 2;
+    const ConvertOptions& o = *parsed;
+    const Collected collected = collectJobs(o);
+    if (const std::vector<std::string> clashes = collisions(collected.jobs); !clashes.empty()) {
+        for (const std::string& line : clashes) err << line << "\n";
+        return 2;
+    }
+    for (const std::string& line : collected.errors) err << line << "\n";
+    const std::vector<Job>& jobs = collected.jobs;
+    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t workers = std::min<std::size_t>(o.jobs > 0 ? std::size_t(o.jobs) : cores, jobs.size());
+    bool failed = !collected.errors.empty();
+    {
+        Reporter report(o, out, err, errIsTerminal, jobs.size());
+        if (workers <= 1) {
+            runHere(o, jobs, report);
+        } else {
+            runInWorkers(o, jobs, workers, report);
+        }
+        failed = failed || report.failed;
+    }
+    return failed ? 1 : 0;
+}
+
+}  // namespace velmoric

@@ -1,0 +1,113 @@
+#include "convert/png.h"
+
+#include <spng.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace velmoric {
+namespace {
+
+struct ContextFree {
+    void operator()(spng_ctx* ctx) const { spng_ctx_free(ctx); }
+};
+
+// Rows of palette indices packed at `bits` a pixel, leftmost pixel high, as
+// a PNG holds them.
+std::vector<std::uint8_t> packIndices(const std::vector<std::uint8_t>& indices, int width, int height, int bits) {
+    const std::size_t rowBytes = (std::size_t(width) * std::size_t(bits) + 7) / 8;
+    std::vector<std::uint8_t> rows(rowBytes * std::size_t(height), 0);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const std::size_t bit = std::size_t(x) * std::size_t(bits);
+            const int shift = 8 - bits - int(bit % 8);
+            rows[std::size_t(y) * rowBytes + bit / 8] |=
+                std::uint8_t(indices[std::size_t(y) * std::size_t(width) + std::size_t(x)] << shift);
+        }
+    return rows;
+}
+
+struct Planned {
+    std::uint8_t colourType = SPNG_COLOR_TYPE_INDEXED;
+    std::uint8_t bits = 8;
+    std::vector<std::uint32_t> palette;  // 0xRRGGBB
+    std::vector<std::uint8_t> rows;      // the image as the PNG holds it
+};
+
+// A palette bitmap keeps its palette and indices.
+Planned fromPalette(const Picture& p) {
+    Planned plan;
+    plan.palette = p.palette();
+    plan.bits = std::uint8_t(p.bitsPerPixel());
+    std::vector<std::uint8_t> indices(std::size_t(p.width()) * std::size_t(p.height()));
+    for (int y = 0; y < p.height(); ++y)
+        for (int x = 0; x < p.width(); ++x)
+            indices[std::size_t(y) * std::size_t(p.width()) + std::size_t(x)] = std::uint8_t(p.paletteIndex(x, y));
+    plan.rows = packIndices(indices, p.width(), p.height(), plan.bits);
+    return plan;
+}
+
+// A 24-bit picture: a palette of its colours while there are at most 256.
+Planned fromTrueColour(const Picture& p) {
+    Planned plan;
+    const std::size_t w = std::size_t(p.width()), h = std::size_t(p.height());
+    std::vector<std::uint32_t> colours(w * h);
+    for (std::size_t y = 0; y < h; ++y)
+        for (std::size_t x = 0; x < w; ++x) colours[y * w + x] = p.rgb(int(x), int(y));
+    std::vector<std::uint32_t> used = colours;
+    std::sort(used.begin(), used.end());
+    used.erase(std::unique(used.begin(), used.end()), used.end());
+    if (used.size() > 256) {
+        plan.colourType = SPNG_COLOR_TYPE_TRUECOLOR;
+        plan.rows.reserve(3 * colours.size());
+        for (std::uint32_t c : colours) plan.rows.insert(plan.rows.end(), {std::uint8_t(c >> 16), std::uint8_t(c >> 8), std::uint8_t(c)});
+        return plan;
+    }
+    plan.bits = used.size() <= 16 ? 4 : 8;
+    std::vector<std::uint8_t> indices(colours.size());
+    for (std::size_t i = 0; i < colours.size(); ++i)
+        indices[i] = std::uint8_t(std::lower_bound(used.begin(), used.end(), colours[i]) - used.begin());
+    plan.palette = std::move(used);
+    plan.rows = packIndices(indices, p.width(), p.height(), plan.bits);
+    return plan;
+}
+
+void check(int error) {
+    if (error) throw std::runtime_error(std::string("cannot encode the PNG: ") + spng_strerror(error));
+}
+
+}  // namespace
+
+std::vector<std::uint8_t> encodePng(const Picture& picture) {
+    if (picture.empty()) throw std::runtime_error("cannot encode an empty picture");
+    Planned plan = picture.bitsPerPixel() <= 8 ? fromPalette(picture) : fromTrueColour(picture);
+    std::unique_ptr<spng_ctx, ContextFree> ctx(spng_ctx_new(SPNG_CTX_ENCODER));
+    if (!ctx) throw std::runtime_error("cannot encode the PNG: out of memory");
+    check(spng_set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1));
+    spng_ihdr ihdr{};
+    ihdr.width = std::uint32_t(picture.width());
+    ihdr.height = std::uint32_t(picture.height());
+    ihdr.bit_depth = plan.bits;
+    ihdr.color_type = plan.colourType;
+    check(spng_set_ihdr(ctx.get(), &ihdr));
+    if (plan.colourType == SPNG_COLOR_TYPE_INDEXED) {
+        spng_plte plte{};
+        plte.n_entries = std::uint32_t(plan.palette.size());
+        for (std::size_t i = 0; i < plan.palette.size(); ++i)
+            plte.entries[i] = {std::uint8_t(plan.palette[i] >> 16), std::uint8_t(plan.palette[i] >> 8),
+                               std::uint8_t(plan.palette[i]), 255};
+        check(spng_set_plte(ctx.get(), &plte));
+    }
+    check(spng_encode_image(ctx.get(), plan.rows.data(), plan.rows.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
+    std::size_t size = 0;
+    int error = 0;
+    std::unique_ptr<void, decltype(&std::free)> buffer(spng_get_png_buffer(ctx.get(), &size, &error), &std::free);
+    check(error);
+    const auto* bytes = static_cast<const std::uint8_t*>(buffer.get());
+    return {bytes, bytes + size};
+}
+
+}  // namespace velmoric
