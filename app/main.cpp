@@ -2,6 +2,7 @@
 // takes no switches. A few environment variables serve tests and
 // screenshots (see README, "The window").
 #include <QApplication>
+#include <QCryptographicHash>
 #include <QElapsedTimer>
 #include <QScreen>
 #include <QWindow>
@@ -38,6 +39,10 @@ void report(Form1& form, qint64 elapsedMs) {
     std::printf("Image1: %d %d %d %d\n", image.x(), image.y(), form.image1()->width(), form.image1()->height());
     std::printf("Client: %d %d\n", form.centralWidget()->width(), form.centralWidget()->height());
     std::printf("Shown after: %lld ms\n", static_cast<long long>(elapsedMs));
+    const std::vector<std::uint8_t>& bitmap = form.image1()->picture().bytes();
+    const QByteArray digest = QCryptographicHash::hash(
+        QByteArrayView(bitmap.data(), qsizetype(bitmap.size())), QCryptographicHash::Sha256);
+    std::printf("Picture: %s\n", digest.toHex().constData());
     std::fflush(stdout);
 }
 
