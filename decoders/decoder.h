@@ -3,7 +3,6 @@
 // file into the exact bytes of a Windows bitmap file, working in the staging
 // arrays; it reads nothing but its Source and touches no file.
 #include <algorithm>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <span>
@@ -43,11 +42,6 @@ inline Decoded rejectedSource() { return Decoded{true, {}, {}, 0}; }
 // Reads `count` 2-byte words from byte offset `at` of the source into
 // srcwords from index `first` on.
 inline void readWords(Staging& s, const Source& src, std::size_t first, std::size_t at, std::size_t count) {
-    const bool inside = first + count <= kSrcWordsExtent && at + 2 * count <= src.bytes.size();
-    if (inside) {
-        std::memcpy(s.srcwords.data() + first, src.bytes.data() + at, 2 * count);
-        return;
-    }
     for (std::size_t i = 0; i < count; ++i) s.srcwords.put(first + i, src.word(at + 2 * i));
 }
 

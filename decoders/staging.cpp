@@ -1,22 +1,10 @@
 #include "decoders/staging.h"
 
-#include "decoders/planar.h"
-
 #include <algorithm>
 #include <cstring>
 
 namespace velmoric {
 namespace {
-
-// One row of `groups` groups of four (or, with `groupBytes` 4, two) plane
-// words into 8 bitmap bytes each.
-void mergeRow(const std::uint8_t* src, std::uint8_t* dst, std::size_t groups, std::size_t groupBytes) {
-    if (groupBytes == 8) {
-        planar::fourPlaneGroups(src, dst, groups);
-    } else {
-        planar::twoPlaneGroups(src, dst, groups);
-    }
-}
 
 struct HeaderFields {
     std::uint32_t fileSize, pixelOffset, width, height;
@@ -117,54 +105,47 @@ void Staging::convertPaletteFromSrcwords(std::size_t firstWord, std::uint16_t* b
 }
 
 namespace {
+
 // How many rows lie from the bottom row up to the top row at `step` words a
 // row, capped at what the bitmap holds.
 std::size_t rowCount(std::size_t topRow, std::size_t bottomRow, std::size_t step, std::size_t maxRows) {
     if (bottomRow < topRow) return 0;
     return std::min((bottomRow - topRow) / step + 1, maxRows);
 }
-}  // namespace
 
-// Rows whose words lie wholly inside srcwords go through the fast row
-// merge; a row that would reach past the extent reads zeros there.
-void Staging::mergeRows(std::size_t topRow, std::size_t bottomRow, std::uint16_t* bitmap, std::size_t rowWords,
-                        std::size_t groupBytes) {
-    const std::size_t rows = rowCount(topRow, bottomRow, 80, 200);
-    const std::size_t groups = 160 / groupBytes;
-    std::uint8_t* dst = reinterpret_cast<std::uint8_t*>(bitmap + kColourPixelWord);
-    std::uint8_t padded[160];
-    for (std::size_t r = 0; r < rows; ++r, dst += 2 * rowWords) {
+// Source rows of 80 words, a group of 16 pixels every `planeCount` words,
+// from the bottom row up; each group becomes four bitmap words.
+template <int planeCount, std::size_t N>
+void mergeRows(const Staging& s, FixedArray<std::uint16_t, N>& bitmap, std::size_t topRow, std::size_t bottomRow) {
+    const std::size_t groups = 80 / std::size_t(planeCount);
+    std::size_t at = kColourPixelWord;
+    for (std::size_t r = 0; r < rowCount(topRow, bottomRow, 80, 200); ++r) {
         const std::size_t row = bottomRow - 80 * r;
-        const std::uint8_t* src;
-        if (row + 80 <= kSrcWordsExtent) {
-            src = reinterpret_cast<const std::uint8_t*>(srcwords.data() + row);
-        } else {
-            for (std::size_t i = 0; i < 80; ++i) {
-                padded[2 * i] = std::uint8_t(srcwords.get(row + i));
-                padded[2 * i + 1] = std::uint8_t(srcwords.get(row + i) >> 8);
-            }
-            src = padded;
+        for (std::size_t g = 0; g < groups; ++g) {
+            std::uint16_t planeWords[planeCount];
+            for (int p = 0; p < planeCount; ++p)
+                planeWords[p] = s.srcwords.get(row + g * std::size_t(planeCount) + std::size_t(p));
+            std::uint16_t words[4];
+            s.groupWords(planeWords, words);
+            for (const std::uint16_t w : words) bitmap.put(at++, w);
         }
-        mergeRow(src, dst, groups, groupBytes);
     }
 }
 
-void Staging::mergeLow(std::size_t topRow, std::size_t bottomRow) { mergeRows(topRow, bottomRow, lowbmp.data(), 80, 8); }
+}  // namespace
+
+void Staging::mergeLow(std::size_t topRow, std::size_t bottomRow) { mergeRows<4>(*this, lowbmp, topRow, bottomRow); }
 
 void Staging::mergeMedium(std::size_t topRow, std::size_t bottomRow) {
-    mergeRows(topRow, bottomRow, medbmp.data(), 160, 4);
+    mergeRows<2>(*this, medbmp, topRow, bottomRow);
 }
 
+// Mono rows go over word for word: the bytes keep the file's order.
 void Staging::copyMono(std::size_t topRow, std::size_t bottomRow) {
-    std::uint16_t* dst = monobmp.data() + kMonoPixelWord;
-    const std::size_t rows = rowCount(topRow, bottomRow, 40, 400);
-    for (std::size_t r = 0; r < rows; ++r, dst += 40) {
+    std::size_t at = kMonoPixelWord;
+    for (std::size_t r = 0; r < rowCount(topRow, bottomRow, 40, 400); ++r) {
         const std::size_t row = bottomRow - 40 * r;
-        if (row + 40 <= kSrcWordsExtent) {
-            std::memcpy(dst, srcwords.data() + row, 40 * sizeof(std::uint16_t));
-        } else {
-            for (std::size_t i = 0; i < 40; ++i) dst[i] = srcwords.get(row + i);
-        }
+        for (std::size_t i = 0; i < 40; ++i) monobmp.put(at++, srcwords.get(row + i));
     }
 }
 

@@ -88,6 +88,27 @@ struct Staging {
     // entries of a 4-bit bitmap (lowbmp or medbmp).
     static void convertPalette(const std::uint16_t* words, std::uint16_t* bitmap);
     void convertPaletteFromSrcwords(std::size_t firstWord, std::uint16_t* bitmap);
+
+    // One group of 16 pixels held in `planeCount` plane words as read
+    // (plane 0 first) into four bitmap words. The first file byte of a plane
+    // word, its low half, holds pixels 0 to 7 with bit 7 leftmost, the second
+    // byte pixels 8 to 15. Bitmap byte j holds pixels 2j and 2j + 1, the
+    // left one in the high nibble; the low byte of a word comes first.
+    template <int planeCount>
+    void groupWords(const std::uint16_t (&planeWords)[planeCount], std::uint16_t (&words)[4]) const {
+        for (std::uint16_t& w : words) w = 0;  // each word is cleared before its bits are set
+        for (int j = 0; j < 8; ++j) {
+            const int k = 7 - 2 * (j % 4);  // the bit of the left pixel
+            int left = 0, right = 0;
+            for (int p = 0; p < planeCount; ++p) {
+                const int planeByte = j < 4 ? planeWords[p] & 0xFF : planeWords[p] >> 8;
+                left += planeBits(planeByte, k, p);
+                right += planeBits(planeByte, k - 1, p);
+            }
+            words[j / 2] = std::uint16_t(words[j / 2] | (16 * left + right) << (8 * (j % 2)));
+        }
+    }
+
     // Rows of four (low) or two (medium) interleaved planes of 80 words, or
     // mono rows of 40 words, from srcwords, given the word indices of the top
     // and the bottom row. The bottom row becomes the first pixel row of the
@@ -102,8 +123,6 @@ struct Staging {
     std::span<const std::uint8_t> emitMono();
 
 private:
-    void mergeRows(std::size_t topRow, std::size_t bottomRow, std::uint16_t* bitmap, std::size_t rowWords,
-                   std::size_t groupBytes);
     std::span<const std::uint8_t> emitWords(const std::uint16_t* words, std::size_t count);
 };
 
