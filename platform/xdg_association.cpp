@@ -242,10 +242,6 @@ private:
 
 // ---- Files and processes -----------------------------------------------------
 
-[[noreturn]] void fail(const std::string& path, const char* what, int err) {
-    throw PlatformError(path, std::string(what) + ": " + std::strerror(err));
-}
-
 std::string resolvedTarget(const std::string& path) {
     std::error_code ec;
     if (!fs::is_symlink(path, ec)) return path;
