@@ -6,6 +6,7 @@
 #include <QWindow>
 
 #include "platform/qt/artwork.h"
+#include "platform/qt/form4.h"
 
 namespace velmoric::qt {
 namespace {
@@ -43,6 +44,13 @@ Form1::Form1(QtPlatform& platform) : platform_(platform), viewer_(platform) {
     resize(kClientWidthTwips / 15, kClientHeightTwips / 15 + menuBarHeightFor(kClientWidthTwips / 15));
 
     viewer_.unloadRequest = [this] { close(); };
+    viewer_.optionsDialog = [this] {
+        // Built at each opening and modal; the core lays the window out anew
+        // when it has closed.
+        Form4 options(*this);
+        options.load();
+        options.exec();
+    };
     timer1_.setInterval(100);
     connect(&timer1_, &QTimer::timeout, this, &Form1::timerTick);
     timer1_.start();
