@@ -154,22 +154,6 @@ TEST_F(WindowTest, MinimisedChangesNothingAndRestoringLaysOut) {
     EXPECT_EQ(imageSize(), QSize(640, 400)) << "restoring runs the layout for the kind now set";
 }
 
-TEST_F(WindowTest, TheOptionsCommandLaysOutAgain) {
-    loadAndShow();
-    layOut(1, 0);
-    setClientWidth(500);
-    viewer().options.size = 1;
-    form->toolbarAction("pref")->trigger();
-    settle(*platform);
-    EXPECT_EQ(form->centralWidget()->width(), 320);
-    viewer().options.size = 0;
-    setClientWidth(500);
-    viewer().options.size = 1;
-    form->menuAction(MenuArray::medit, 2)->trigger();
-    settle(*platform);
-    EXPECT_EQ(form->centralWidget()->width(), 320);
-}
-
 TEST_F(WindowTest, TheFirstTickShowsTheWindowAndOpensTheCommandLine) {
     const std::string path = programDir.file("tick.pi1");
     vtest::writeFile(path, vtest::randomBytes(32034, 9));
