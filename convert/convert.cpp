@@ -9,8 +9,6 @@
 #include <map>
 #include <memory>
 #include <mutex>
-#include <ostream>
-#include <sstream>
 #include <thread>
 
 #include "convert/png.h"
@@ -103,22 +101,8 @@ std::vector<std::string> collisions(const std::vector<Job>& jobs) {
     return lines;
 }
 
-// Back to the state of a fresh start: the arrays whose bytes live on from one
-// picture to the next are cleared, and the palette only an inversion changes
-// is set again. The headers and tables stay as start-up built them.
-void resetToFresh(Staging& s) {
-    std::memset(s.srcwords.data(), 0, sizeof s.srcwords.a);
-    std::memset(s.srcbytes.data(), 0, sizeof s.srcbytes.a);
-    std::memset(s.pixbytes.data(), 0, sizeof s.pixbytes.a);
-    std::memset(s.lowbmp.data() + kColourPixelWord, 0, sizeof s.lowbmp.a - 2 * kColourPixelWord);
-    std::memset(s.medbmp.data() + kColourPixelWord, 0, sizeof s.medbmp.a - 2 * kColourPixelWord);
-    s.monobmp[27] = 0xFFFF;
-    s.monobmp[28] = 0xFFFF;
-    s.monobmp[29] = 0;
-    s.monobmp[30] = 0;
-}
-
-FileDecode decodeInto(Staging& staging, const std::string& path) {
+// Decodes without copying the bitmap: `bitmap` views the staging arrays.
+FileDecode decodeInto(Staging& staging, const std::string& path, std::span<const std::uint8_t>& bitmap) {
     FileDecode d;
     const std::string name = fs::path(path).filename().string();
     const std::string extension = extensionOf(name);
@@ -142,7 +126,7 @@ FileDecode decodeInto(Staging& staging, const std::string& path) {
     d.ok = true;
     d.caption = std::string(result.caption);
     d.kind = result.kind;
-    d.bitmap.assign(result.bitmap.begin(), result.bitmap.end());
+    bitmap = result.bitmap;
     d.width = nativeSizeOfKind(result.kind).width;
     d.height = nativeSizeOfKind(result.kind).height;
     return d;
@@ -151,7 +135,8 @@ FileDecode decodeInto(Staging& staging, const std::string& path) {
 JobResult runJob(const ConvertOptions& o, const Job& job, FreshStaging& staging) {
     JobResult r;
     r.done = true;
-    const FileDecode d = staging.decode(job.source);
+    std::span<const std::uint8_t> bitmap;
+    const FileDecode d = staging.decodeInPlace(job.source, bitmap);
     if (!d.ok) {
         r.line = job.source + ": " + d.reason;
         return r;
@@ -165,9 +150,9 @@ JobResult runJob(const ConvertOptions& o, const Job& job, FreshStaging& staging)
     try {
         if (!o.outputFolder.empty()) fs::create_directories(fs::path(job.output).parent_path());
         if (o.format == OutputFormat::Png) {
-            files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes(d.bitmap)));
+            files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()})));
         } else {
-            files::replaceAtomically(job.output, d.bitmap);
+            files::replaceAtomically(job.output, bitmap);
         }
         r.ok = true;
     } catch (const PlatformError& e) {
@@ -182,19 +167,19 @@ JobResult runJob(const ConvertOptions& o, const Job& job, FreshStaging& staging)
 // terminal once a run takes longer than a second.
 class Reporter {
 public:
-    Reporter(const ConvertOptions& o, std::ostream& out, std::ostream& err, bool errIsTerminal, std::size_t total)
-        : o_(o), out_(out), err_(err), terminal_(errIsTerminal), total_(total) {}
+    Reporter(const ConvertOptions& o, Console& console, std::size_t total)
+        : o_(o), console_(console), terminal_(console.errIsTerminal()), total_(total) {}
     ~Reporter() {
-        if (progressShown_) err_ << "\r\033[K" << std::flush;
+        if (progressShown_) console_.err("\r\033[K");
     }
 
     void print(const JobResult& r) {
-        if (progressShown_) err_ << "\r\033[K";
+        if (progressShown_) console_.err("\r\033[K");
         if (!r.ok) {
             failed = true;
-            err_ << r.line << "\n";
+            console_.err(r.line + "\n");
         } else if (o_.info) {
-            out_ << r.line << "\n";
+            console_.out(r.line + "\n");
         }
         ++printed_;
     }
@@ -202,7 +187,7 @@ public:
     void progress(bool wrote) {
         const bool slow = std::chrono::steady_clock::now() - start_ > std::chrono::seconds(1);
         if (terminal_ && !o_.quiet && slow && printed_ < total_ && (wrote || !progressShown_)) {
-            err_ << "\r\033[Kconverted " << printed_ << " of " << total_ << " files" << std::flush;
+            console_.err("\r\033[Kconverted " + std::to_string(printed_) + " of " + std::to_string(total_) + " files");
             progressShown_ = true;
         }
     }
@@ -211,8 +196,7 @@ public:
 
 private:
     const ConvertOptions& o_;
-    std::ostream& out_;
-    std::ostream& err_;
+    Console& console_;
     bool terminal_;
     std::size_t total_;
     std::size_t printed_ = 0;
@@ -271,10 +255,17 @@ void runInWorkers(const ConvertOptions& o, const std::vector<Job>& jobs, std::si
 FreshStaging::FreshStaging() : staging_(std::make_unique<Staging>()) { staging_->buildTables(); }
 FreshStaging::~FreshStaging() = default;
 
-FileDecode FreshStaging::decode(const std::string& path) {
-    if (used_) resetToFresh(*staging_);
+FileDecode FreshStaging::decodeInPlace(const std::string& path, std::span<const std::uint8_t>& bitmap) {
+    if (used_) staging_->resetToFresh();
     used_ = true;
-    return decodeInto(*staging_, path);
+    return decodeInto(*staging_, path, bitmap);
+}
+
+FileDecode FreshStaging::decode(const std::string& path) {
+    std::span<const std::uint8_t> bitmap;
+    FileDecode d = decodeInPlace(path, bitmap);
+    d.bitmap.assign(bitmap.begin(), bitmap.end());
+    return d;
 }
 
 FileDecode decodeFile(const std::string& path) {
@@ -283,8 +274,8 @@ FileDecode decodeFile(const std::string& path) {
 }
 
 std::string convertUsage() {
-    std::ostringstream s;
-    s << "usage: velmoric-convert [-o DIR] [-f bmp|png] [-j N] [-r] [--info] [-q] FILE|DIR...\n"
+    std::string s =
+        "usage: velmoric-convert [-o DIR] [-f bmp|png] [-j N] [-r] [--info] [-q] FILE|DIR...\n"
          "Decodes Atari ST and MacPaint pictures to Windows bitmaps (PI1 -> PI1.bmp) or PNG.\n"
          "  -o DIR      write the outputs into DIR instead of beside each source\n"
          "  -f bmp|png  output format (default bmp: the exact bitmap the viewer shows)\n"
@@ -298,18 +289,18 @@ std::string convertUsage() {
          "written to a new file and renamed into place, so none is ever left half written.\n"
          "Formats, by the last three letters of the name (all capitals or all small letters):\n";
     for (const Format& f : formatTable())
-        if (f.decode) s << "  " << f.upper << "  " << f.description << "\n";
-    return s.str();
+        if (f.decode) s += "  " + std::string(f.upper) + "  " + std::string(f.description) + "\n";
+    return s;
 }
 
-std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& args, std::ostream& err) {
+std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& args, std::string& err) {
     ConvertOptions o;
     bool onlyFiles = false;
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
         auto value = [&](const char* what) -> std::optional<std::string> {
             if (i + 1 >= args.size()) {
-                err << "velmoric-convert: " << a << " needs " << what << "\n";
+                err += "velmoric-convert: " + a + " needs " + what + "\n";
                 return std::nullopt;
             }
             return args[++i];
@@ -328,7 +319,7 @@ std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& a
             if (*v == "bmp") o.format = OutputFormat::Bmp;
             else if (*v == "png") o.format = OutputFormat::Png;
             else {
-                err << "velmoric-convert: unknown output format '" << *v << "' (bmp or png)\n";
+                err += "velmoric-convert: unknown output format '" + *v + "' (bmp or png)\n";
                 return std::nullopt;
             }
         } else if (a == "-j") {
@@ -337,7 +328,7 @@ std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& a
             char* end = nullptr;
             const long n = std::strtol(v->c_str(), &end, 10);
             if (v->empty() || *end || n < 1 || n > 1024) {
-                err << "velmoric-convert: -j needs a number from 1 to 1024\n";
+                err += "velmoric-convert: -j needs a number from 1 to 1024\n";
                 return std::nullopt;
             }
             o.jobs = int(n);
@@ -348,36 +339,40 @@ std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& a
         } else if (a == "-q") {
             o.quiet = true;
         } else if (a == "-h" || a == "--help") {
-            err << convertUsage();
+            err += convertUsage();
             return std::nullopt;
         } else {
-            err << "velmoric-convert: unknown option '" << a << "'\n";
+            err += "velmoric-convert: unknown option '" + a + "'\n";
             return std::nullopt;
         }
     }
     if (o.inputs.empty()) {
-        err << convertUsage();
+        err += convertUsage();
         return std::nullopt;
     }
     return o;
 }
 
-int runConvert(const std::vector<std::string>& args, std::ostream& out, std::ostream& err, bool errIsTerminal) {
-    const std::optional<ConvertOptions> parsed = parseConvertArgs(args, err);
-    if (!parsed) return 2;
+int runConvert(const std::vector<std::string>& args, Console& console) {
+    std::string usageErrors;
+    const std::optional<ConvertOptions> parsed = parseConvertArgs(args, usageErrors);
+    if (!parsed) {
+        console.err(usageErrors);
+        return 2;
+    }
     const ConvertOptions& o = *parsed;
     const Collected collected = collectJobs(o);
     if (const std::vector<std::string> clashes = collisions(collected.jobs); !clashes.empty()) {
-        for (const std::string& line : clashes) err << line << "\n";
+        for (const std::string& line : clashes) console.err(line + "\n");
         return 2;
     }
-    for (const std::string& line : collected.errors) err << line << "\n";
+    for (const std::string& line : collected.errors) console.err(line + "\n");
     const std::vector<Job>& jobs = collected.jobs;
     const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
     const std::size_t workers = std::min<std::size_t>(o.jobs > 0 ? std::size_t(o.jobs) : cores, jobs.size());
     bool failed = !collected.errors.empty();
     {
-        Reporter report(o, out, err, errIsTerminal, jobs.size());
+        Reporter report(o, console, jobs.size());
         if (workers <= 1) {
             runHere(o, jobs, report);
         } else {

@@ -45,7 +45,24 @@ void bytesToWords(const std::uint8_t* bytes, std::size_t count, std::uint16_t* w
 
 }  // namespace
 
-Staging::Staging() : out(kTrueBmpSize, 0) {}
+Staging::Staging() {
+    std::size_t size = 0;
+    // Lays out every array at a 64-byte boundary; the second pass binds them.
+    auto layout = [&](auto& array) {
+        using T = std::remove_pointer_t<decltype(array.a)>;
+        array.a = block_ ? reinterpret_cast<T*>(block_.get() + size) : nullptr;
+        size += (array.bytes + 63) / 64 * 64;
+    };
+    auto all = [&] {
+        size = 0;
+        layout(srcwords), layout(lowbmp), layout(medbmp), layout(monobmp), layout(truebmp), layout(macbmp);
+        layout(srcbytes), layout(pixbytes), layout(specindex), layout(planebits), layout(stlevel), layout(out);
+    };
+    all();
+    block_.reset(static_cast<std::byte*>(std::calloc(size, 1)));
+    if (!block_) throw std::bad_alloc();
+    all();
+}
 
 void Staging::buildTables() {
     // 1. Headers, and the fixed palettes of monobmp and macbmp.
@@ -157,5 +174,15 @@ std::span<const std::uint8_t> Staging::emitWords(const std::uint16_t* words, std
 std::span<const std::uint8_t> Staging::emitLow() { return emitWords(lowbmp.data(), kLowBmpWords); }
 std::span<const std::uint8_t> Staging::emitMedium() { return emitWords(medbmp.data(), kMedBmpWords); }
 std::span<const std::uint8_t> Staging::emitMono() { return emitWords(monobmp.data(), kMonoBmpWords); }
+
+void Staging::resetToFresh() {
+    std::memset(srcwords.data(), 0, srcwords.bytes);
+    std::memset(srcbytes.data(), 0, srcbytes.bytes);
+    std::memset(pixbytes.data(), 0, pixbytes.bytes);
+    std::memset(lowbmp.data() + kColourPixelWord, 0, lowbmp.bytes - 2 * kColourPixelWord);
+    std::memset(medbmp.data() + kColourPixelWord, 0, medbmp.bytes - 2 * kColourPixelWord);
+    const std::uint16_t monoPalette[4] = {0xFFFF, 0xFFFF, 0, 0};
+    std::memcpy(monobmp.data() + 27, monoPalette, sizeof monoPalette);
+}
 
 }  // namespace velmoric

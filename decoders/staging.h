@@ -8,7 +8,10 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
-#include <vector>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <type_traits>
 
 namespace velmoric {
 
@@ -38,22 +41,30 @@ inline constexpr std::size_t kColourPixelWord = 59;
 inline constexpr std::size_t kMonoPixelWord = 31;
 
 // A fixed array whose checked accessors make out-of-extent reads 0 and drop
-// out-of-extent stores.
+// out-of-extent stores. It lives in the staging block of its Staging.
 template <class T, std::size_t N>
 struct FixedArray {
-    std::array<T, N> a{};
+    static_assert(std::is_trivial_v<T>);
     static constexpr std::size_t extent = N;
+    static constexpr std::size_t bytes = N * sizeof(T);
+
     T get(std::size_t i) const { return i < N ? a[i] : T(0); }
     void put(std::size_t i, T v) {
         if (i < N) a[i] = v;
     }
     T& operator[](std::size_t i) { return a[i]; }
     const T& operator[](std::size_t i) const { return a[i]; }
-    T* data() { return a.data(); }
-    const T* data() const { return a.data(); }
+    T* data() { return a; }
+    const T* data() const { return a; }
+
+    T* a = nullptr;
 };
 
 struct Staging {
+    Staging();
+    Staging(const Staging&) = delete;
+    Staging& operator=(const Staging&) = delete;
+
     FixedArray<std::uint16_t, kSrcWordsExtent> srcwords;
     FixedArray<std::uint16_t, kLowBmpExtent> lowbmp;
     FixedArray<std::uint16_t, kMedBmpExtent> medbmp;
@@ -70,12 +81,15 @@ struct Staging {
 
     // The finished bitmap file of the last decode of a 24-bit or MacPaint
     // picture. Sized once for the largest layout so that no decode allocates.
-    std::vector<std::uint8_t> out;
-
-    Staging();
+    FixedArray<std::uint8_t, kTrueBmpSize> out;
 
     // The constant headers and palettes, then specindex, planebits, stlevel.
     void buildTables();
+
+    // Back to the state right after buildTables: clears what a decode can
+    // leave behind for the next picture, and the one palette that only an
+    // inversion changes. For a run of pictures that must each decode alone.
+    void resetToFresh();
 
     std::uint16_t specIndex(int x, int c) const { return specindex[std::size_t(c) * 320 + std::size_t(x)]; }
     std::uint8_t planeBits(int v, int k, int p) const {
@@ -123,6 +137,15 @@ struct Staging {
     std::span<const std::uint8_t> emitMono();
 
 private:
+    // All arrays in one zero-filled block from calloc, which takes fresh
+    // pages for a block this size and so need not clear them: a process
+    // pays only for the pages its decodes touch, most of a one-picture
+    // conversion's time otherwise.
+    struct Free {
+        void operator()(void* p) const { std::free(p); }
+    };
+    std::unique_ptr<std::byte[], Free> block_;
+
     std::span<const std::uint8_t> emitWords(const std::uint16_t* words, std::size_t count);
 };
 

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -85,14 +84,16 @@ void closeChecked(Descriptor& fd, const std::string& path) {
     if (::close(fd.release()) != 0) fail(path, "cannot write", errno);
 }
 
-// The process's file mode mask, read without changing it (umask() would, for
-// a moment, for every thread).
-mode_t currentUmask() {
-    std::ifstream status("/proc/self/status");
-    std::string line;
-    while (std::getline(status, line))
-        if (line.rfind("Umask:", 0) == 0) return mode_t(std::strtoul(line.c_str() + 6, nullptr, 8));
-    return 022;
+// A name for a new file beside `target` that nobody else uses: a dot, the
+// target's name and random letters.
+std::string temporaryNameBeside(const fs::path& target) {
+    static constexpr char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+    std::uint64_t random = 0;
+    if (::getentropy(&random, sizeof random) != 0) random = std::uint64_t(::getpid()) * 0x9E3779B97F4A7C15ull;
+    std::string suffix;
+    for (int i = 0; i < 10; ++i, random /= 36) suffix += letters[random % 36];
+    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    return (folder / ("." + target.filename().string() + "." + suffix)).string();
 }
 
 }  // namespace
@@ -101,9 +102,10 @@ SourceData readSource(const std::string& path, std::size_t limit) {
     struct stat st {};
     Descriptor fd = openRegular(path, st);
     SourceData out;
-    out.bytes.resize(limit);
-    out.bytes.resize(readUpTo(fd.get(), path, out.bytes.data(), limit));
-    // A file that ended before the limit is as long as what was read.
+    out.bytes.resize(std::min<std::uint64_t>(limit, std::uint64_t(st.st_size)));
+    out.bytes.resize(readUpTo(fd.get(), path, out.bytes.data(), out.bytes.size()));
+    // A file that ended before the limit (or shrank while read) is as long as
+    // what was read.
     out.length = out.bytes.size() < limit ? out.bytes.size() : std::max<std::uint64_t>(limit, st.st_size);
     return out;
 }
@@ -125,18 +127,21 @@ void writeNew(const std::string& path, std::span<const std::uint8_t> bytes) {
 }
 
 void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
-    const fs::path target(path);
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    std::string temporary = (folder / ("." + target.filename().string() + ".XXXXXX")).string();
-    Descriptor fd(::mkostemp(temporary.data(), O_CLOEXEC));
-    if (fd.get() < 0) fail(path, "cannot write", errno);
+    // A file that is replaced keeps its mode; a new one gets the mode any
+    // new file would, which the creation's 0666 under the umask gives.
+    struct stat old {};
+    const bool replacing = ::lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+    std::string temporary;
+    int created = -1;
+    for (int attempt = 0; attempt < 100 && created < 0; ++attempt) {
+        temporary = temporaryNameBeside(fs::path(path));
+        created = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666);
+        if (created < 0 && errno != EEXIST) break;
+    }
+    if (created < 0) fail(path, "cannot write", errno);
+    Descriptor fd(created);
     try {
-        // mkostemp makes the file 0600: a file that is replaced keeps its mode,
-        // a new one gets the mode any new file would.
-        static const mode_t mask = currentUmask();
-        struct stat old {};
-        const bool replacing = ::lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
-        if (::fchmod(fd.get(), replacing ? (old.st_mode & 07777) : (0666 & ~mask)) != 0) fail(path, "cannot write", errno);
+        if (replacing && ::fchmod(fd.get(), old.st_mode & 07777) != 0) fail(path, "cannot write", errno);
         writeAll(fd.get(), path, bytes);
         closeChecked(fd, path);
         if (::rename(temporary.c_str(), path.c_str()) != 0) fail(path, "cannot write", errno);

@@ -3,7 +3,6 @@
 #include <spng.h>
 
 #include <memory>
-#include <sstream>
 
 #include "support.h"
 #include "convert/convert.h"
@@ -15,12 +14,13 @@ namespace {
 
 struct ConvertTest : ::testing::Test {
     vtest::TempDir dir;
-    std::ostringstream out, err;
+    StringConsole console;
+    const std::string& err = console.errText;
+    const std::string& out = console.outText;
 
     int run(std::vector<std::string> args) {
-        out.str({});
-        err.str({});
-        return runConvert(args, out, err, false);
+        console = {};
+        return runConvert(args, console);
     }
 
     void makeMixedFolder() {
@@ -40,12 +40,12 @@ TEST_F(ConvertTest, ParallelAndSerialRunsWriteTheSameFiles) {
     const std::string missing = dir.file("in/gone.pi1");
 
     EXPECT_EQ(run({"-j", "2", "-r", "-o", dir.file("par"), dir.file("in"), bad, missing}), 1);
-    const std::string errors = err.str();
+    const std::string errors = err;
     EXPECT_NE(errors.find(bad + ": no decoder for the extension 'Neo'\n"), std::string::npos) << errors;
     EXPECT_NE(errors.find(missing + ": cannot read: No such file or directory\n"), std::string::npos) << errors;
 
     EXPECT_EQ(run({"-j", "1", "-r", "-o", dir.file("ser"), dir.file("in"), bad, missing}), 1);
-    EXPECT_EQ(err.str(), errors) << "errors come in the order of the inputs";
+    EXPECT_EQ(err, errors) << "errors come in the order of the inputs";
 
     for (const char* name : {"a.neo.bmp", "B.PI1.bmp", "short.pi1.bmp", "sub/c.neo.bmp"}) {
         const auto par = vtest::readFile(dir.file(std::string("par/") + name));
@@ -88,7 +88,7 @@ TEST_F(ConvertTest, PngHoldsExactlyTheBitmapsPixels) {
     };
     for (const Case& c : cases) {
         vtest::writeFile(dir.file(c.name), c.file);
-        ASSERT_EQ(run({"-f", "png", dir.file(c.name)}), 0) << err.str();
+        ASSERT_EQ(run({"-f", "png", dir.file(c.name)}), 0) << err;
         const vtest::Bytes png = vtest::readFile(dir.file(c.name + ".png"));
         const Picture bitmap = Picture::fromBitmapBytes(decodeFile(dir.file(c.name)).bitmap);
 
@@ -115,7 +115,7 @@ TEST_F(ConvertTest, PngHoldsExactlyTheBitmapsPixels) {
 TEST_F(ConvertTest, InfoPrintsOneLinePerFile) {
     makeMixedFolder();
     ASSERT_EQ(run({"--info", dir.file("in")}), 0);
-    EXPECT_EQ(out.str(), dir.file("in/B.PI1") + "\tDegas 320*200 16 Colour\t1\t320x200\n" + dir.file("in/a.neo") +
+    EXPECT_EQ(out, dir.file("in/B.PI1") + "\tDegas 320*200 16 Colour\t1\t320x200\n" + dir.file("in/a.neo") +
                              "\tNeo 320*200 16 Colour\t1\t320x200\n" + dir.file("in/short.pi1") +
                              "\tDegas 320*200 16 Colour\t1\t320x200\n");
     EXPECT_FALSE(std::filesystem::exists(dir.file("in/a.neo.bmp")));
@@ -125,7 +125,7 @@ TEST_F(ConvertTest, BadUsageExitsTwo) {
     for (const auto& args : std::vector<std::vector<std::string>>{
              {}, {"-f", "gif", "x.neo"}, {"-j", "0", "x.neo"}, {"-j"}, {"--frobnicate", "x.neo"}}) {
         EXPECT_EQ(run(args), 2);
-        EXPECT_FALSE(err.str().empty());
+        EXPECT_FALSE(err.empty());
     }
 }
 

@@ -7,7 +7,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <sstream>
 
 #include "convert/convert.h"
 #include "platform/files.h"
@@ -104,10 +103,11 @@ TEST(Files, AFailedDeleteAfterTheLoadKeepsTheNewPicture) {
 
 struct ConvertFiles : ::testing::Test {
     vtest::TempDir dir;
-    std::ostringstream out, err;
+    StringConsole console;
+    const std::string& err = console.errText;
     int run(std::vector<std::string> args) {
-        err.str({});
-        return runConvert(args, out, err, false);
+        console = {};
+        return runConvert(args, console);
     }
     std::vector<std::string> namesIn(const std::string& folder) {
         std::vector<std::string> names;
@@ -123,7 +123,7 @@ TEST_F(ConvertFiles, SpecialFilesGiveAnErrorLineAndCreateNothing) {
     fs::create_directories(dir.file("out"));
     EXPECT_EQ(run({"-o", dir.file("out"), dir.file("x.pi1"), dir.file("x.neo"), dir.file("x.pc1/")}), 1);
     // A folder argument is searched for pictures; this one holds none.
-    EXPECT_EQ(err.str(), dir.file("x.pc1/") + ": no picture files in this folder\n" + dir.file("x.pi1") +
+    EXPECT_EQ(err, dir.file("x.pc1/") + ": no picture files in this folder\n" + dir.file("x.pi1") +
                              ": is a FIFO, not a picture file\n" + dir.file("x.neo") +
                              ": is a character device, not a picture file\n");
     EXPECT_TRUE(namesIn(dir.file("out")).empty());
@@ -137,12 +137,12 @@ TEST_F(ConvertFiles, InputsThatWouldWriteOneOutputAreRefusedBeforeAnyWork) {
     vtest::writeFile(dir.file("a/Y.PI1"), vtest::randomBytes(32034, 5));
     EXPECT_EQ(run({"-o", dir.file("D"), dir.file("a/Y.PI1"), dir.file("a/X.PI1"), dir.file("b/X.PI1")}), 2);
     const std::string output = (fs::path(dir.file("D")) / "X.PI1.bmp").string();
-    EXPECT_EQ(err.str(), dir.file("a/X.PI1") + ": " + dir.file("b/X.PI1") + " would be written to the same file " +
+    EXPECT_EQ(err, dir.file("a/X.PI1") + ": " + dir.file("b/X.PI1") + " would be written to the same file " +
                              output + "\n" + dir.file("b/X.PI1") + ": " + dir.file("a/X.PI1") +
                              " would be written to the same file " + output + "\n");
     EXPECT_FALSE(fs::exists(dir.file("D")));
     // With -r from their common folder the outputs keep the folders apart.
-    EXPECT_EQ(run({"-r", "-o", dir.file("D"), dir.path().string()}), 0) << err.str();
+    EXPECT_EQ(run({"-r", "-o", dir.file("D"), dir.path().string()}), 0) << err;
     EXPECT_TRUE(fs::exists(dir.file("D/a/X.PI1.bmp")) && fs::exists(dir.file("D/b/X.PI1.bmp")));
 }
 
@@ -168,9 +168,9 @@ TEST_F(ConvertFiles, AFullDiskLeavesNoPartialFile) {
             std::signal(SIGXFSZ, SIG_IGN);
             const rlimit limit{20000, 20000};
             ::setrlimit(RLIMIT_FSIZE, &limit);
-            std::ostringstream o, e;
+            StringConsole quiet;
             ::_exit(runConvert({"-j", "1", "-f", format, "-o", dir.file("out"), dir.file("p.neo"), dir.file("q.spu")},
-                               o, e, false));
+                               quiet));
         }
         int status = 0;
         ASSERT_EQ(::waitpid(child, &status, 0), child);
