@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/qt/form1.h"
+#include "trace.h"
 
 using velmoric::qt::Form1;
 using velmoric::qt::QtPlatform;
@@ -82,7 +83,7 @@ int main(int argc, char** argv) {
     int qtArgc = 1;
     QApplication app(qtArgc, argv);
 
-    QtPlatform platform(arguments);
+    velmoric::qt::TracedPlatform platform(arguments, environmentSet("VELMORIC_TRACE"));
     Form1 form(platform);
     QObject::connect(&form, &Form1::firstTickDone, &form,
                      [&] { onFirstPicture(form, platform, sinceStart); }, Qt::QueuedConnection);

@@ -15,8 +15,14 @@ Answer HeadlessPlatform::messageBox(const std::string& text, const std::string& 
     return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
 }
 
+HeadlessPlatform::~HeadlessPlatform() {
+    // A process that ends leaves the channel free, however it ends.
+    if (bus && bus->owner == this) bus->owner = nullptr;
+}
+
 void HeadlessPlatform::yield() {
     ++yields;
+    runEvents();
     if (onYield) onYield();
 }
 
@@ -69,6 +75,41 @@ bool HeadlessPlatform::extensionRegistered(const std::string& extension) {
 void HeadlessPlatform::registerAssociation(const Association& association) {
     associationsWritten.push_back(association);
     for (const auto& t : association.types) registeredExtensions.insert(t.extension);
+}
+
+bool HeadlessPlatform::earlierCopy() {
+    if (!bus) return false;
+    if (bus->owner && bus->owner != this) return true;
+    bus->owner = this;
+    return false;
+}
+
+bool HeadlessPlatform::sendCommand(const std::string& command) {
+    sent.push_back(command);
+    HeadlessPlatform* owner = bus ? bus->owner : nullptr;
+    if (!owner || owner == this || !owner->answering || owner->linkTopic != "cmdLine") return false;
+    owner->incoming.push_back(command);
+    return true;
+}
+
+void HeadlessPlatform::setLinkTopic(const std::string& topic) {
+    linkTopic = topic;
+    if (topic == "cmdLine" && bus && !bus->owner) bus->owner = this;
+}
+
+void HeadlessPlatform::runEvents() {
+    while (!incoming.empty()) {
+        const std::string command = incoming.front();
+        incoming.pop_front();
+        if (commandHandler_) commandHandler_(command);
+    }
+}
+
+std::string HeadlessPlatform::fileNameCapitals(const std::string& filePart) {
+    std::string capitals = filePart;
+    for (char& c : capitals)
+        if (c >= 'a' && c <= 'z') c = char(c - 'a' + 'A');
+    return capitals;
 }
 
 bool HeadlessPlatform::allCommandsEnabled() const {

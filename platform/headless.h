@@ -6,14 +6,25 @@
 #include <deque>
 #include <functional>
 #include <map>
+#include <memory>
 #include <set>
 
 #include "platform/localfiles.h"
 
 namespace velmoric {
 
+class HeadlessPlatform;
+
+// The session bus of copies of the program in one test: which copy holds the
+// hand-over channel.
+struct HeadlessBus {
+    HeadlessPlatform* owner = nullptr;
+};
+
 class HeadlessPlatform : public LocalFilesPlatform {
 public:
+    ~HeadlessPlatform() override;
+
     struct Message {
         std::string text, title;
         Buttons buttons;
@@ -28,6 +39,8 @@ public:
     std::set<std::string> registeredExtensions;
     std::function<void()> onResize;  // called when a set changes the outer size
     std::function<void()> onYield;
+    std::shared_ptr<HeadlessBus> bus;  // null: no session bus, every copy alone
+    bool answering = true;             // false: holds the channel but never answers
 
     // ---- what tests read ------------------------------------------------------
     std::vector<Message> messages;
@@ -43,6 +56,11 @@ public:
     std::string fileNameText;
     Picture image;
     std::string label;
+    std::string linkTopic = "Form1";
+    std::deque<std::string> incoming;  // commands taken, run at the next yield
+    std::vector<std::string> sent;
+    bool ended = false;
+    bool imageNative = false;
 
     // The window: outer measures in twips, a frame of fixed pixel size.
     WindowState state = WindowState::Normal;
@@ -90,8 +108,24 @@ public:
     bool extensionRegistered(const std::string& extension) override;
     void registerAssociation(const Association& association) override;
 
+    bool earlierCopy() override;
+    bool sendCommand(const std::string& command) override;
+    void setLinkTopic(const std::string& topic) override;
+    void setCommandHandler(std::function<void(const std::string&)> handler) override {
+        commandHandler_ = std::move(handler);
+    }
+    void endProcess() override { ended = true; }
+    // Small letters a to z only.
+    std::string fileNameCapitals(const std::string& filePart) override;
+    void setImageNative(bool native) override { imageNative = native; }
+    // Runs the commands that have arrived, as the event loop would.
+    void runEvents();
+
     bool allCommandsEnabled() const;
     bool allCommandsDisabled() const;
+
+private:
+    std::function<void(const std::string&)> commandHandler_;
 };
 
 }  // namespace velmoric

@@ -4,6 +4,7 @@
 // calls nothing else; a Qt implementation drives real windows and a headless
 // one keeps plain data for tests and batch use.
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -99,6 +100,30 @@ public:
     // True when some program has already registered the extension.
     virtual bool extensionRegistered(const std::string& extension) = 0;
     virtual void registerAssociation(const Association& association) = 0;
+
+    // ---- Hand-over of files between copies of the program ----------------
+    // Whether a copy of this program already holds the hand-over channel. A
+    // copy that finds none holds it from then on: of copies that ask at the
+    // same moment exactly one finds none.
+    virtual bool earlierCopy() = 0;
+    // Hands a command text to the copy that holds the channel and waits a
+    // bounded time for it to be taken; false when no copy took it.
+    virtual bool sendCommand(const std::string& command) = 0;
+    // The topic on which the window answers commands: "Form1" at first,
+    // "cmdLine" for the copy that takes the files of later copies.
+    virtual void setLinkTopic(const std::string& topic) = 0;
+    // Where commands that arrive on the topic "cmdLine" go; they arrive as
+    // events, also inside a yield.
+    virtual void setCommandHandler(std::function<void(const std::string&)> handler) = 0;
+    // Ends the process at once: no close of the window, no option written.
+    virtual void endProcess() = 0;
+
+    // The file part of a name in capitals, by the platform's rules for file
+    // names and text.
+    virtual std::string fileNameCapitals(const std::string& filePart) = 0;
+    // In native mode every picture pixel of Image1 is the same whole number
+    // of device pixels; otherwise the picture is stretched to the control.
+    virtual void setImageNative(bool native) = 0;
 };
 
 // Joins a folder and a file name with the platform's separator.

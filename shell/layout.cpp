@@ -31,6 +31,7 @@ void Viewer::Form_Resize() {
         if (ui.windowState() == WindowState::Minimised) return;
         const KindSize k = sizeOfKind(kind);
         const bool native = options.size == 1;
+        ui.setImageNative(native);
         const double ratio = native ? k.nativeRatio : k.freeRatio;
         // The picture area below Image1's top must be the client width times
         // the ratio: D is what is missing, in pixels. A window has whole

@@ -1,7 +1,6 @@
 #include "shell/viewer.h"
 
 #include <algorithm>
-#include <cctype>
 
 #include "options/association.h"
 
@@ -27,7 +26,11 @@ std::string errorBoxText(const std::string& systemText) {
     return std::string("Sorry an error has occured.\nThe system reports the following.\n") + systemText;
 }
 
-Viewer::Viewer(Platform& platform) : ui(platform), staging(std::make_unique<Staging>()) {}
+Viewer::Viewer(Platform& platform) : ui(platform), staging(std::make_unique<Staging>()) {
+    ui.setCommandHandler([this](const std::string& command) { Form_LinkExecute(command); });
+}
+
+Viewer::~Viewer() { ui.setCommandHandler(nullptr); }
 
 void Viewer::Form_Load() {
     ui.setTimerEnabled(false);
@@ -47,12 +50,38 @@ void Viewer::Form_Load() {
 }
 
 void Viewer::Timer1_Timer() {
+    if (options.single == 0) {
+        // A copy that holds the channel but does not take the command in
+        // time counts as none: this copy then goes on alone.
+        if (ui.earlierCopy() && ui.sendCommand(ui.commandLine())) {
+            ui.endProcess();
+            return;
+        }
+        ui.setLinkTopic("cmdLine");
+    }
     ui.showWindow();
     ui.setTimerEnabled(false);
     if (!ui.commandLine().empty()) {
         openmode = 1;
         openpic();
     }
+    openmode = 0;
+}
+
+void Viewer::Form_LinkExecute(const std::string& command) {
+    if (!command.empty()) {
+        ui.setFileName(command);
+        openmode = 2;
+        openpic();
+    }
+    openmode = 0;
+}
+
+void Viewer::Image1_OLEDragDrop(const std::vector<std::string>& files) {
+    if (files.empty()) return;
+    ui.setFileName(files.front());
+    openmode = 2;
+    openpic();
     openmode = 0;
 }
 
@@ -144,11 +173,12 @@ void Viewer::openpic() {
     } catch (const PlatformError&) {
     }
 
-    const std::size_t slash = name.find_last_of(kPathSeparator);
-    std::string filePart = slash == std::string::npos ? name : name.substr(slash + 1);
-    std::transform(filePart.begin(), filePart.end(), filePart.begin(),
-                   [](unsigned char c) { return char(std::toupper(c)); });
-    ui.setCaption(filePart + " " + ui.caption());
+    // The name as it stands now: a command or a drop that arrived in a yield
+    // has opened its own file and left its name, which the decoder read too.
+    const std::string shown = ui.fileName();
+    const std::size_t slash = shown.find_last_of(kPathSeparator);
+    const std::string filePart = slash == std::string::npos ? shown : shown.substr(slash + 1);
+    ui.setCaption(ui.fileNameCapitals(filePart) + " " + ui.caption());
     nopicture = kFalse;
     saved = kFalse;
     menuson();

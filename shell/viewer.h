@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "decoders/staging.h"
 #include "options/options.h"
@@ -37,6 +38,9 @@ std::string errorBoxText(const std::string& systemText);
 class Viewer {
 public:
     explicit Viewer(Platform& platform);
+    ~Viewer();
+    Viewer(const Viewer&) = delete;
+    Viewer& operator=(const Viewer&) = delete;
 
     Platform& ui;
     std::unique_ptr<Staging> staging;  // large: kept off the stack
@@ -52,8 +56,17 @@ public:
 
     // Start-up: first-run question, options, tables, state.
     void Form_Load();
-    // The first tick of Timer1: show the window and open the command line's file.
+    // The first tick of Timer1: hand the command line to an earlier copy and
+    // end, or take the hand-over topic, show the window and open the file.
     void Timer1_Timer();
+    // A command text from a later copy: the name of a file to open as it stands.
+    void Form_LinkExecute(const std::string& command);
+    // A drag over Image1: the effect allowed, copy (1) for a list of files
+    // and none (0) for anything else.
+    static int Image1_OLEDragOver(bool filesOnOffer, int effect) { return filesOnOffer ? (effect & 1) : 0; }
+    // A drop on Image1: opens the first file of the list; an empty list is
+    // no list of files.
+    void Image1_OLEDragDrop(const std::vector<std::string>& files);
     void openpic();
     void menusoff();
     void menuson();

@@ -103,6 +103,10 @@ void Form1::buildControls() {
     image1_->setGeometry(kImage1Rect);
     image1_->setPicture(startupPicture());
     connect(image1_, &Image1::clicked, this, [this] { viewer_.Image1_Click(); });
+    // The open runs from the event loop, after the drop has been answered.
+    connect(image1_, &Image1::filesDropped, this, [this](const std::vector<std::string>& files) {
+        QMetaObject::invokeMethod(this, [this, files] { viewer_.Image1_OLEDragDrop(files); }, Qt::QueuedConnection);
+    });
 }
 
 void Form1::buildToolbar() {

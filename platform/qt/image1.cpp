@@ -1,7 +1,14 @@
 #include "platform/qt/image1.h"
 
+#include <QDropEvent>
+#include <QFile>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QUrl>
+#include <cmath>
+
+#include "shell/viewer.h"
 
 namespace velmoric::qt {
 
@@ -13,7 +20,27 @@ QImage toImage(const Picture& picture) {
     return QImage::fromData(QByteArrayView(bytes.data(), qsizetype(bytes.size())), "BMP");
 }
 
-Image1::Image1(QWidget* parent) : QWidget(parent) { setAttribute(Qt::WA_OpaquePaintEvent); }
+std::vector<std::string> droppedFiles(const QMimeData* data) {
+    std::vector<std::string> files;
+    if (!data || !data->hasFormat(QStringLiteral("text/uri-list"))) return files;
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile() && !url.toLocalFile().isEmpty())
+            files.push_back(QFile::encodeName(url.toLocalFile()).toStdString());
+    return files;
+}
+
+Image1::Image1(QWidget* parent) : QWidget(parent) {
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAcceptDrops(true);
+}
+
+void Image1::setNative(bool native) {
+    if (native == native_) return;
+    native_ = native;
+    update();
+}
+
+int Image1::nativeScale() const { return std::max(1, int(std::floor(devicePixelRatioF()))); }
 
 void Image1::setPicture(const Picture& picture) {
     picture_ = picture;
@@ -25,10 +52,21 @@ void Image1::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     // Nearest pixel: no smoothing of the stretch.
     painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
-    if (image_.isNull())
+    if (image_.isNull()) {
         painter.fillRect(rect(), palette().window());
-    else
+    } else if (native_) {
+        // Scaled by a whole number first, then drawn at the device's own
+        // resolution: no column or row comes out wider than another.
+        const int scale = nativeScale();
+        QImage device = scale == 1 ? image_
+                                   : image_.scaled(image_.width() * scale, image_.height() * scale,
+                                                   Qt::IgnoreAspectRatio, Qt::FastTransformation);
+        device.setDevicePixelRatio(devicePixelRatioF());
+        painter.fillRect(rect(), palette().window());
+        painter.drawImage(QPointF(0, 0), device);
+    } else {
         painter.drawImage(rect(), image_);
+    }
 }
 
 // A click is a press and a release of the left button on the control.
@@ -38,6 +76,42 @@ void Image1::mouseReleaseEvent(QMouseEvent* event) {
     const bool click = pressed_ && event->button() == Qt::LeftButton && rect().contains(event->position().toPoint());
     pressed_ = false;
     if (click) emit clicked();
+}
+
+// Drop effects as bits: 1 copy, 2 move, 4 link.
+namespace {
+
+int effectOf(Qt::DropActions actions) {
+    return (actions & Qt::CopyAction ? 1 : 0) | (actions & Qt::MoveAction ? 2 : 0) | (actions & Qt::LinkAction ? 4 : 0);
+}
+
+// Accepts a drag with the copy action, or refuses it: the platform then
+// shows its no-drop cursor.
+void answerDrag(QDropEvent* event) {
+    const int effect = Viewer::Image1_OLEDragOver(!droppedFiles(event->mimeData()).empty(),
+                                                  effectOf(event->possibleActions()));
+    if (effect & 1) {
+        event->setDropAction(Qt::CopyAction);
+        event->accept();
+    } else {
+        event->ignore();
+    }
+}
+
+}  // namespace
+
+void Image1::dragEnterEvent(QDragEnterEvent* event) { answerDrag(event); }
+void Image1::dragMoveEvent(QDragMoveEvent* event) { answerDrag(event); }
+
+void Image1::dropEvent(QDropEvent* event) {
+    const std::vector<std::string> files = droppedFiles(event->mimeData());
+    if (files.empty()) {
+        event->ignore();
+        return;
+    }
+    event->setDropAction(Qt::CopyAction);
+    event->accept();
+    emit filesDropped(files);
 }
 
 }  // namespace velmoric::qt

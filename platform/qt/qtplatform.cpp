@@ -3,14 +3,18 @@
 #include <QApplication>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QMenu>
 #include <QMessageBox>
 #include <QSettings>
 #include <QStandardPaths>
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 
 #include "platform/qt/form1.h"
+#include "platform/qt/handover.h"
 #include "platform/xdg_association.h"
 
 namespace velmoric::qt {
@@ -81,6 +85,8 @@ QtPlatform::QtPlatform(std::vector<std::string> arguments) : arguments_(std::mov
     QObject::connect(&expiry_, &QTimer::timeout, [this] { requestsExpired(); });
 }
 
+QtPlatform::~QtPlatform() = default;
+
 std::string QtPlatform::commandLine() {
     std::string line;
     for (const std::string& argument : arguments_) {
@@ -115,6 +121,9 @@ void QtPlatform::repaint() {
 }
 
 void QtPlatform::runFileSelector(const FileSelector& settings) {
+    // The dialog starts in the folder of the picture opened last, whichever
+    // way it came; before any, in the working folder.
+    if (!fileName_.empty()) lastFolder_ = fileName_;
     fileName_.clear();
     QFileDialog dialog(form_ && form_->isVisible() ? form_ : nullptr, QString::fromStdString(settings.title));
     // Qt's own dialog: the patterns with their character sets work the same
@@ -126,6 +135,8 @@ void QtPlatform::runFileSelector(const FileSelector& settings) {
     dialog.setFileMode((settings.flags & kFileMustExist) ? QFileDialog::ExistingFile : QFileDialog::AnyFile);
     const QStringList filters = nameFiltersFor(settings.filter);
     dialog.setNameFilters(filters);
+    if (!lastFolder_.empty())
+        dialog.setDirectory(QFileInfo(QFile::decodeName(QByteArray::fromStdString(lastFolder_))).absolutePath());
     if (settings.filterIndex >= 1 && settings.filterIndex <= filters.size())
         dialog.selectNameFilter(filters[settings.filterIndex - 1]);
     if (dialog.exec() != QDialog::Accepted || dialog.selectedFiles().isEmpty()) return;
@@ -138,10 +149,14 @@ void QtPlatform::setPicture(const Picture& picture) {
     if (form_) form_->image1()->setPicture(picture);
 }
 
-std::string QtPlatform::caption() { return form_ ? form_->label1()->text().toStdString() : std::string(); }
+// The caption begins with a file name: its bytes are read as the platform
+// reads file names.
+std::string QtPlatform::caption() {
+    return form_ ? QFile::encodeName(form_->label1()->text()).toStdString() : std::string();
+}
 
 void QtPlatform::setCaption(const std::string& text) {
-    if (form_) form_->label1()->setText(QString::fromStdString(text));
+    if (form_) form_->label1()->setText(QFile::decodeName(QByteArray::fromStdString(text)));
 }
 
 void QtPlatform::setMenuEnabled(int index, bool enabled) {
@@ -298,6 +313,50 @@ void QtPlatform::registerAssociation(const Association& association) {
     } catch (const std::exception&) {
         // Not reported: the question simply comes again at the next start.
     }
+}
+
+// ---- Hand-over between copies -------------------------------------------------
+
+namespace {
+
+QByteArray programBaseName() {
+    return QFile::encodeName(QFileInfo(QCoreApplication::applicationFilePath()).completeBaseName());
+}
+
+}  // namespace
+
+bool QtPlatform::earlierCopy() {
+    if (!handover_) {
+        handover_ = std::make_unique<Handover>(programBaseName());
+        handover_->handler = commandHandler_;
+    }
+    return handover_->earlierCopy();
+}
+
+bool QtPlatform::sendCommand(const std::string& command) { return handover_ && handover_->send(command); }
+
+void QtPlatform::setLinkTopic(const std::string& topic) {
+    if (handover_) handover_->setTopic(topic);
+}
+
+void QtPlatform::setCommandHandler(std::function<void(const std::string&)> handler) {
+    commandHandler_ = std::move(handler);
+    if (handover_) handover_->handler = commandHandler_;
+}
+
+void QtPlatform::endProcess() {
+    std::fflush(nullptr);
+    std::_Exit(0);
+}
+
+// ---- Text and picture -------------------------------------------------------------
+
+std::string QtPlatform::fileNameCapitals(const std::string& filePart) {
+    return QFile::encodeName(QFile::decodeName(QByteArray::fromStdString(filePart)).toUpper()).toStdString();
+}
+
+void QtPlatform::setImageNative(bool native) {
+    if (form_) form_->image1()->setNative(native);
 }
 
 }  // namespace velmoric::qt

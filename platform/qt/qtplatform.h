@@ -5,6 +5,8 @@
 #include <QSize>
 #include <QStringList>
 #include <QTimer>
+#include <functional>
+#include <memory>
 #include <vector>
 
 #include "platform/localfiles.h"
@@ -12,6 +14,7 @@
 namespace velmoric::qt {
 
 class Form1;
+class Handover;
 
 // Turns "Description|pattern;pattern|Description|pattern" into the name
 // filters of a file dialog. Every letter of a pattern matches in either case,
@@ -26,6 +29,7 @@ class QtPlatform : public LocalFilesPlatform {
 public:
     // `arguments`: the program's arguments behind its name, as given.
     explicit QtPlatform(std::vector<std::string> arguments);
+    ~QtPlatform() override;
 
     // The window whose measures and controls this platform drives.
     void attach(Form1* form) { form_ = form; }
@@ -67,6 +71,14 @@ public:
     bool extensionRegistered(const std::string& extension) override;
     void registerAssociation(const Association& association) override;
 
+    bool earlierCopy() override;
+    bool sendCommand(const std::string& command) override;
+    void setLinkTopic(const std::string& topic) override;
+    void setCommandHandler(std::function<void(const std::string&)> handler) override;
+    void endProcess() override;
+    std::string fileNameCapitals(const std::string& filePart) override;
+    void setImageNative(bool native) override;
+
     // ---- Reports from the window -------------------------------------------
     // The window system reports the size it gave the window: it confirms the
     // sizes asked for up to that one. A size asked for earlier than the last
@@ -92,6 +104,9 @@ private:
     void requestsExpired();
 
     std::vector<std::string> arguments_;
+    std::unique_ptr<Handover> handover_;  // made at the first use, on the session bus
+    std::function<void(const std::string&)> commandHandler_;
+    std::string lastFolder_;  // where the open dialog starts
     Form1* form_ = nullptr;
     std::string fileName_;  // CMDialog1.FileName
     std::vector<QSize> requested_;  // asked for, not yet confirmed, oldest first

@@ -20,6 +20,9 @@ int main(int argc, char** argv) {
     setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
     setenv("XDG_RUNTIME_DIR", (root / "runtime").c_str(), 1);
     setenv("HOME", root.c_str(), 1);
+    // No session bus: every window here is a lone copy, and none hands its
+    // command line to a viewer that runs on the desktop.
+    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (root / "no-bus").string()).c_str(), 1);
     int status = 0;
     {
         QApplication app(argc, argv);
