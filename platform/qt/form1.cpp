@@ -176,7 +176,18 @@ void Form1::resizeEvent(QResizeEvent* event) {
 void Form1::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
     if (event->type() == QEvent::WindowStateChange) {
+        constexpr Qt::WindowStates kNotNormal = Qt::WindowMinimized | Qt::WindowMaximized | Qt::WindowFullScreen;
+        const Qt::WindowStates before = static_cast<QWindowStateChangeEvent*>(event)->oldState();
         platform_.windowStateChanged();
+        if (!(before & kNotNormal) && (windowState() & kNotNormal)) {
+            restoreSize_ = size();
+        } else if ((before & (Qt::WindowMaximized | Qt::WindowFullScreen)) && !(windowState() & kNotNormal) &&
+                   restoreSize_.isValid()) {
+            // The window manager says that the window is no longer maximised
+            // before it gives the earlier size back: the layout must run on
+            // that size, not on the maximised one.
+            platform_.windowRestored(restoreSize_);
+        }
         viewer_.Form_Resize();
     }
 }

@@ -75,6 +75,7 @@ private:
     Image1* image1_ = nullptr;
     QTimer timer1_;
     bool ticked_ = false;
+    QSize restoreSize_;  // the size in the normal state before maximising
 };
 
 }  // namespace velmoric::qt

@@ -90,6 +90,8 @@ public:
     // The window was minimised, maximised or restored: sizes asked for before
     // no longer count.
     void windowStateChanged() { forgetRequests(); }
+    // Back from maximised: asks for the size the window had before.
+    void windowRestored(QSize size) { requestWindowSize(size); }
     // True when every size asked for has been confirmed by the window system.
     bool settled() const { return requested_.empty(); }
 
