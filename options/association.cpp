@@ -9,13 +9,14 @@ Association buildAssociation(const std::string& folder) {
     a.className = "velmoric";
     a.comment = "Velmoric file";
     a.command = joinPath(folder, "velmoric") + " %f";
+    auto add = [&](const Format& f) {
+        a.types.push_back({std::string(f.lower), std::string(f.mimeType), typeComment(f)});
+    };
     // .spu first: its registration is what later starts test for.
     for (const Format& f : formatTable())
-        if (f.lower == kFirstRunExtension)
-            a.types.push_back({std::string(f.lower), std::string(f.mimeType)});
+        if (f.lower == kFirstRunExtension) add(f);
     for (const Format& f : formatTable())
-        if (f.lower != kFirstRunExtension)
-            a.types.push_back({std::string(f.lower), std::string(f.mimeType)});
+        if (f.lower != kFirstRunExtension) add(f);
     return a;
 }
 

@@ -32,7 +32,8 @@ struct FileSelector {
 // The file association: which types the viewer opens and how it is started.
 struct AssociationType {
     std::string extension;  // small letters, without dot: "neo"
-    std::string mimeType;   // "image/x-velmoric-neo"
+    std::string mimeType;   // "image/x-neochrome"
+    std::string comment;    // what the desktop calls a file of the type: "Neochrome picture"
 };
 struct Association {
     std::string className;  // "velmoric"

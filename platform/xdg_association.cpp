@@ -29,7 +29,8 @@ namespace fs = std::filesystem;
 constexpr std::string_view kDefaultGroup = "Default Applications";
 constexpr std::string_view kAddedGroup = "Added Associations";
 constexpr const char* kApplicationName = "Velmoric Picture Viewer";
-constexpr const char* kIcon = "image-x-generic";
+// What file managers show for a type when no thumbnail is there yet.
+constexpr const char* kTypeIcon = "image-x-generic";
 // Above the default weight of 50, so that our types win over another
 // program's claim on the same extension (.spc is also a certificate type):
 // a Yes to the question hands the extensions to this viewer.
@@ -123,7 +124,7 @@ std::string typeList(const Association& association) {
     return out;
 }
 
-std::string desktopId(const Association& association) { return association.className + ".desktop"; }
+std::string desktopId() { return std::string(kApplicationId) + ".desktop"; }
 
 // ---- Environment -----------------------------------------------------------
 
@@ -153,8 +154,8 @@ std::string readTextIfPresent(const std::string& path) {
 
 // ---- mimeapps.list ---------------------------------------------------------
 
-std::string ourValue(const Association& association, std::string_view group, std::string_view oldValue) {
-    const std::string id = desktopId(association);
+std::string ourValue(std::string_view group, std::string_view oldValue) {
+    const std::string id = desktopId();
     std::string value = id + ";";
     if (group != kAddedGroup) return value;
     // Added associations list every program offered for the type: keep the others behind ours.
@@ -209,7 +210,7 @@ private:
             return;
         }
         auto& seen = seen_[group_];
-        if (seen.insert(key).second) lines_.push_back(key + "=" + ourValue(a_, group_, t.substr(eq + 1)));
+        if (seen.insert(key).second) lines_.push_back(key + "=" + ourValue(group_, t.substr(eq + 1)));
     }
 
     // At the end of a section of one of our groups, adds the keys it lacked.
@@ -220,14 +221,14 @@ private:
         std::vector<std::string> missing;
         for (const auto& t : a_.types)
             if (seen_[group_].insert(t.mimeType).second)
-                missing.push_back(t.mimeType + "=" + ourValue(a_, group_, ""));
+                missing.push_back(t.mimeType + "=" + ourValue(group_, ""));
         lines_.insert(lines_.begin() + std::ptrdiff_t(at), missing.begin(), missing.end());
     }
 
     void appendGroup(std::string_view group) {
         if (!lines_.empty() && !trim(lines_.back()).empty()) lines_.emplace_back();
         lines_.push_back("[" + std::string(group) + "]");
-        for (const auto& t : a_.types) lines_.push_back(t.mimeType + "=" + ourValue(a_, group, ""));
+        for (const auto& t : a_.types) lines_.push_back(t.mimeType + "=" + ourValue(group, ""));
         finished_.insert(std::string(group));
     }
 
@@ -308,11 +309,25 @@ bool globsTextHas(std::string_view globs2, std::string_view extension) {
     return false;
 }
 
+bool packageTextHas(std::string_view xml, std::string_view extension) {
+    const std::string wanted = "pattern=\"*." + std::string(extension) + "\"";
+    for (std::size_t at = 0; (at = xml.find("pattern=\"*.", at)) != std::string_view::npos; ++at)
+        if (equalsIgnoringCase(xml.substr(at, wanted.size()), wanted)) return true;
+    return false;
+}
+
 bool globKnownIn(const Folders& folders, std::string_view extension) {
     std::vector<std::string> roots = {folders.dataHome};
     roots.insert(roots.end(), folders.dataDirs.begin(), folders.dataDirs.end());
     for (const auto& root : roots)
         if (globsTextHas(readTextQuietly((fs::path(root) / "mime/globs2").string()), extension)) return true;
+    // Without update-mime-database the user's packages are never compiled
+    // into a globs2; the package itself then says that the question was answered.
+    std::error_code ec;
+    for (auto it = fs::directory_iterator(fs::path(folders.dataHome) / "mime/packages", ec);
+         !ec && it != fs::directory_iterator(); it.increment(ec))
+        if (it->path().extension() == ".xml" && packageTextHas(readTextQuietly(it->path().string()), extension))
+            return true;
     return false;
 }
 
@@ -322,7 +337,8 @@ std::string mimePackageText(const Association& association) {
         << "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n";
     for (const auto& t : association.types) {
         out << "  <mime-type type=\"" << xmlEscaped(t.mimeType) << "\">\n"
-            << "    <comment>" << xmlEscaped(association.comment) << "</comment>\n";
+            << "    <comment>" << xmlEscaped(t.comment) << "</comment>\n"
+            << "    <generic-icon name=\"" << kTypeIcon << "\"/>\n";
         for (const std::string& ext : {t.extension, asciiUpper(t.extension)})
             out << "    <glob pattern=\"*." << xmlEscaped(ext) << "\" weight=\"" << kGlobWeight << "\"/>\n";
         out << "  </mime-type>\n";
@@ -345,7 +361,7 @@ std::string desktopEntryText(const Association& association) {
            "Name=" + std::string(kApplicationName) + "\n"
            "Comment=" + desktopEscaped(association.comment) + "\n"
            "Exec=" + desktopEscaped(execValue(association.command)) + "\n"
-           "Icon=" + kIcon + "\n"
+           "Icon=" + kApplicationId + "\n"
            "Terminal=false\n"
            "Categories=Graphics;Viewer;\n"
            "MimeType=" + typeList(association) + "\n";
@@ -359,8 +375,8 @@ std::string mimePackagePath(const Folders& folders, const Association& associati
     return (fs::path(folders.dataHome) / "mime/packages" / (association.className + ".xml")).string();
 }
 
-std::string desktopEntryPath(const Folders& folders, const Association& association) {
-    return (fs::path(folders.dataHome) / "applications" / desktopId(association)).string();
+std::string desktopEntryPath(const Folders& folders, const Association&) {
+    return (fs::path(folders.dataHome) / "applications" / desktopId()).string();
 }
 
 std::string mimeAppsPath(const Folders& folders) { return (fs::path(folders.configHome) / "mimeapps.list").string(); }

@@ -11,6 +11,10 @@
 
 namespace velmoric::xdg {
 
+// The desktop's name for the viewer: the desktop entry is <id>.desktop and
+// its icon is <id> in the icon theme, as installed and as the first run writes them.
+inline constexpr const char* kApplicationId = "org.velmoric.Velmoric";
+
 // True when a glob "*.<extension>" is known to the user's or the system's MIME database.
 bool globKnown(const std::string& extension);
 // Writes the MIME package, the desktop entry and the default-application lines, then runs the update tools.
@@ -31,12 +35,15 @@ Folders foldersFromEnvironment();
 // True when a line of a globs2 text ("weight:type:glob[:flags]") has the
 // glob "*.<extension>", in any case.
 bool globsTextHas(std::string_view globs2, std::string_view extension);
-// The same test over the mime/globs2 file of the user's folder and of every system folder.
+// True when a MIME package text has a glob pattern "*.<extension>", in any case.
+bool packageTextHas(std::string_view xml, std::string_view extension);
+// The same tests over the mime/globs2 file of the user's folder and of every
+// system folder, and over the packages in the user's mime/packages.
 bool globKnownIn(const Folders& folders, std::string_view extension);
 
 // The whole text of <className>.xml: one MIME type for each extension.
 std::string mimePackageText(const Association& association);
-// The whole text of <className>.desktop.
+// The whole text of <kApplicationId>.desktop.
 std::string desktopEntryText(const Association& association);
 // The Exec value for a command "program %f": the program quoted where the
 // desktop's rules ask for it, a literal % doubled.

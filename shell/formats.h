@@ -1,6 +1,7 @@
 #pragma once
 // The one table of picture formats. It drives the dispatch of an open, the
-// converter's help, the MIME types and the desktop entry.
+// converter's help, the MIME types, the desktop entry, the image plugins and
+// the thumbnailer.
 #include <array>
 #include <span>
 #include <string>
@@ -24,7 +25,7 @@ struct Format {
     DecodeFn decode;               // null while a decoder is not built
     std::string_view description;  // "Neochrome", for help texts and MIME comments
     int kind;                      // 1 to 4; 0 when the file itself decides (Tiny)
-    std::string_view mimeType;
+    std::string_view mimeType;     // named after the format, so that any program's loader for it shares the type
 };
 
 // All 18 rows in dispatch order, built or not.
@@ -48,6 +49,9 @@ inline constexpr NativeSize nativeSizeOfKind(int kind) {
 
 // The largest source a decoder looks at: the extent of srcbytes.
 inline constexpr std::size_t kSourceLimit = kSrcBytesExtent;
+
+// What the desktop calls a file of the format: "Neochrome picture".
+inline std::string typeComment(const Format& format) { return std::string(format.description) + " picture"; }
 
 inline Decoded decodeWith(const Format& format, Staging& s, const Source& src) {
     return format.decode(s, src, format.args);

@@ -161,6 +161,18 @@ TEST(XdgGlob, FoldersFollowTheEnvironmentAndItsDefaults) {
     }
 }
 
+TEST(XdgGlob, TheUsersOwnPackageCountsWhereNoToolCompiledIt) {
+    XdgFolders x;
+    x.put("data/mime/packages/other.xml", "<mime-type type=\"a/b\"><glob pattern=\"*.spux\"/></mime-type>");
+    x.put("sys1/mime/packages/velmoric.xml", "<glob pattern=\"*.spu\"/>");  // a system package counts through its globs2
+    EXPECT_FALSE(xdg::globKnown("spu"));
+    xdg::writeAssociationFiles(xdg::foldersFromEnvironment(), buildAssociation(kFolder));
+    EXPECT_FALSE(fs::exists(x.path("data/mime/globs2")));
+    EXPECT_TRUE(xdg::globKnown("spu"));
+    EXPECT_TRUE(xdg::globKnown("SPU"));
+    EXPECT_FALSE(xdg::globKnown("png"));
+}
+
 // ---- The three files ---------------------------------------------------------
 
 TEST(XdgWrite, WritesThePackageTheEntryAndTheDefaults) {
@@ -176,12 +188,10 @@ TEST(XdgWrite, WritesThePackageTheEntryAndTheDefaults) {
         EXPECT_EQ(globs.at(t.mimeType), (std::set<std::string>{"*." + t.extension, "*." + upper}));
     }
     const std::string xml = x.text("data/mime/packages/velmoric.xml");
-    std::size_t comments = 0;
-    for (std::size_t at = 0; (at = xml.find("<comment>Velmoric file</comment>", at)) != std::string::npos; ++at)
-        ++comments;
-    EXPECT_EQ(comments, 18u);
+    for (const auto& t : a.types) EXPECT_NE(xml.find("<comment>" + t.comment + "</comment>"), std::string::npos) << t.comment;
+    EXPECT_NE(xml.find("<comment>Neochrome picture</comment>"), std::string::npos);
 
-    const std::string entry = x.text("data/applications/velmoric.desktop");
+    const std::string entry = x.text("data/applications/org.velmoric.Velmoric.desktop");
     EXPECT_EQ(linesOf(entry).front(), "[Desktop Entry]");
     EXPECT_EQ(entryValue(entry, "Type"), "Application");
     EXPECT_EQ(entryValue(entry, "Exec"), kFolder + "/velmoric %f");
@@ -194,7 +204,7 @@ TEST(XdgWrite, WritesThePackageTheEntryAndTheDefaults) {
     const std::string apps = x.text("config/mimeapps.list");
     const auto defaults = groupLines(apps, "Default Applications");
     ASSERT_EQ(defaults.size(), 18u);
-    for (std::size_t i = 0; i < 18; ++i) EXPECT_EQ(defaults[i], a.types[i].mimeType + "=velmoric.desktop;");
+    for (std::size_t i = 0; i < 18; ++i) EXPECT_EQ(defaults[i], a.types[i].mimeType + "=org.velmoric.Velmoric.desktop;");
 }
 
 TEST(XdgWrite, KeepsEveryOtherLineOfTheUsersList) {
@@ -203,14 +213,14 @@ TEST(XdgWrite, KeepsEveryOtherLineOfTheUsersList) {
         "# my own notes\n"
         "[Default Applications]\n"
         "text/plain=gedit.desktop;\n"
-        "image/x-velmoric-spc=certs.desktop;\n"
+        "image/x-spectrum512-spc=certs.desktop;\n"
         "\n"
         "[Added Associations]\n"
         "image/png=gimp.desktop;\n"
-        "image/x-velmoric-neo = other.desktop;velmoric.desktop;more.desktop\n"
+        "image/x-neochrome = other.desktop;org.velmoric.Velmoric.desktop;more.desktop\n"
         "\n"
         "[Removed Associations]\n"
-        "image/x-velmoric-mac=old.desktop;\n";
+        "image/x-macpaint=old.desktop;\n";
     x.put("config/mimeapps.list", before);
     xdg::writeAssociationFiles(xdg::foldersFromEnvironment(), buildAssociation(kFolder));
     const std::string after = x.text("config/mimeapps.list");
@@ -219,25 +229,25 @@ TEST(XdgWrite, KeepsEveryOtherLineOfTheUsersList) {
     EXPECT_EQ(lines[0], "# my own notes");
     EXPECT_EQ(lines[1], "[Default Applications]");
     EXPECT_EQ(lines[2], "text/plain=gedit.desktop;");
-    EXPECT_EQ(lines[3], "image/x-velmoric-spc=velmoric.desktop;");  // taken over where it stood
+    EXPECT_EQ(lines[3], "image/x-spectrum512-spc=org.velmoric.Velmoric.desktop;");  // taken over where it stood
     const auto defaults = groupLines(after, "Default Applications");
     EXPECT_EQ(defaults.size(), 19u);
     const auto added = groupLines(after, "Added Associations");
     EXPECT_EQ(added.size(), 19u);
     EXPECT_EQ(added[0], "image/png=gimp.desktop;");
-    EXPECT_EQ(added[1], "image/x-velmoric-neo=velmoric.desktop;other.desktop;more.desktop;");
+    EXPECT_EQ(added[1], "image/x-neochrome=org.velmoric.Velmoric.desktop;other.desktop;more.desktop;");
     EXPECT_EQ(groupLines(after, "Removed Associations"),
-              (std::vector<std::string>{"image/x-velmoric-mac=old.desktop;"}));
+              (std::vector<std::string>{"image/x-macpaint=old.desktop;"}));
     // Each group stays one block, separated by its blank line.
-    EXPECT_NE(after.find("image/x-velmoric-mac=velmoric.desktop;\n\n[Added Associations]"), std::string::npos);
+    EXPECT_NE(after.find("image/x-macpaint=org.velmoric.Velmoric.desktop;\n\n[Added Associations]"), std::string::npos);
 }
 
 TEST(XdgWrite, RunningTwiceGivesTheSameFiles) {
     XdgFolders x;
-    x.put("config/mimeapps.list", "[Added Associations]\nimage/x-velmoric-pi1=a.desktop;\n[Other]\nk=v");
+    x.put("config/mimeapps.list", "[Added Associations]\nimage/x-degas-pi1=a.desktop;\n[Other]\nk=v");
     const auto folders = xdg::foldersFromEnvironment();
     const Association a = buildAssociation(kFolder);
-    const std::vector<std::string> files = {"data/mime/packages/velmoric.xml", "data/applications/velmoric.desktop",
+    const std::vector<std::string> files = {"data/mime/packages/velmoric.xml", "data/applications/org.velmoric.Velmoric.desktop",
                                             "config/mimeapps.list"};
     xdg::writeAssociationFiles(folders, a);
     std::vector<std::string> first;
@@ -321,7 +331,7 @@ TEST(XdgWrite, AfterTheToolsTheGlobIsKnown) {
     EXPECT_TRUE(xdg::globKnown("SPC"));
     EXPECT_FALSE(xdg::globKnown("png"));
     const std::string globs2 = x.text("data/mime/globs2");
-    EXPECT_NE(globs2.find(":image/x-velmoric-mac:*.mac"), std::string::npos) << globs2;
+    EXPECT_NE(globs2.find(":image/x-macpaint:*.mac"), std::string::npos) << globs2;
 }
 
 }  // namespace
