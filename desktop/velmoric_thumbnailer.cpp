@@ -1,0 +1,7 @@
+// velmoric-thumbnailer [-s SIZE] INPUT OUTPUT: the thumbnailer the desktop's
+// file managers start through velmoric.thumbnailer.
+#include <iostream>
+
+#include "desktop/thumbnail.h"
+
+int main(int argc, char** argv) { return velmoric::desktop::runThumbnailer(argc, argv, std::cerr); }
