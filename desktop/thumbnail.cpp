@@ -11,13 +11,6 @@
 namespace velmoric::desktop {
 namespace {
 
-int hexValue(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
 RgbaImage enlarged(const DesktopPicture& p, int factor) {
     RgbaImage out{p.width * factor, p.height * factor, {}};
     out.pixels.reserve(std::size_t(out.width) * std::size_t(out.height));
@@ -60,26 +53,6 @@ RgbaImage thumbnailOf(const DesktopPicture& picture, int size) {
     return wide ? shrunk(picture, size, other) : shrunk(picture, other, size);
 }
 
-std::string localPathOf(const std::string& input) {
-    constexpr std::string_view kScheme = "file://";
-    if (input.rfind(kScheme, 0) != 0) return input.find("://") == std::string::npos ? input : std::string();
-    std::string_view rest = std::string_view(input).substr(kScheme.size());
-    const auto slash = rest.find('/');
-    if (slash == std::string_view::npos) return {};
-    const std::string_view host = rest.substr(0, slash);
-    if (!host.empty() && host != "localhost") return {};
-    std::string path;
-    for (std::size_t i = slash; i < rest.size(); ++i) {
-        if (rest[i] == '%' && i + 2 < rest.size() && hexValue(rest[i + 1]) >= 0 && hexValue(rest[i + 2]) >= 0) {
-            path += char(hexValue(rest[i + 1]) * 16 + hexValue(rest[i + 2]));
-            i += 2;
-        } else {
-            path += rest[i];
-        }
-    }
-    return path;
-}
-
 int runThumbnailer(int argc, char** argv, std::ostream& err) {
     int size = 256;
     std::vector<std::string> names;
@@ -97,15 +70,11 @@ int runThumbnailer(int argc, char** argv, std::ostream& err) {
         }
     }
     if (names.size() != 2) {
-        err << "usage: velmoric-thumbnailer [-s SIZE] INPUT OUTPUT\n"
+        err << "usage: velmoric-thumbnailer [-s SIZE] FILE OUTPUT\n"
                "Writes a PNG thumbnail, at most SIZE pixels (256) on its larger side, of an Atari picture.\n";
         return 2;
     }
-    const std::string path = localPathOf(names[0]);
-    if (path.empty()) {
-        err << "velmoric-thumbnailer: " << names[0] << ": not a local file\n";
-        return 1;
-    }
+    const std::string& path = names[0];
     const Format* format = formatForKey(extensionOf(std::filesystem::path(path).filename().string()));
     if (!format) {
         err << "velmoric-thumbnailer: " << path << ": not an Atari picture name\n";

@@ -15,11 +15,7 @@ namespace velmoric::desktop {
 // the picture's pixels it covers.
 RgbaImage thumbnailOf(const DesktopPicture& picture, int size);
 
-// The local path of a thumbnailer's input: a path as it stands, or a
-// file:// URI with its %XX escapes decoded. Empty for any other URI.
-std::string localPathOf(const std::string& input);
-
-// velmoric-thumbnailer [-s SIZE] INPUT OUTPUT: the whole program. Returns the
+// velmoric-thumbnailer [-s SIZE] FILE OUTPUT: the whole program. Returns the
 // exit status; errors name the file and the reason on `err`.
 int runThumbnailer(int argc, char** argv, std::ostream& err);
 

@@ -1,4 +1,4 @@
-// velmoric-thumbnailer [-s SIZE] INPUT OUTPUT: the thumbnailer the desktop's
+// velmoric-thumbnailer [-s SIZE] FILE OUTPUT: the thumbnailer the desktop's
 // file managers start through velmoric.thumbnailer.
 #include <iostream>
 

@@ -1,7 +1,7 @@
-// check_qt PLUGINS LIST WORK: Qt (6 or 5, whichever this is built with)
-// with only the installed plugin folder PLUGINS: the MIME database of the
-// environment names every listed picture's type, QImageReader reads it with
-// the pixels of the converter's bitmap (lines doubled for medium resolution),
+// check_qt PLUGINS PICTURES BROKEN: Qt (6 or 5, as built) with no plugin
+// folder but PLUGINS. Qt's types include the table's; the MIME database of
+// the environment names each picture's type; QImageReader reads it with the
+// pixels of the converter's bitmap (lines doubled for medium resolution),
 // refuses every broken file with an error, and honours the allocation limit.
 #include <QCoreApplication>
 #include <QImage>
@@ -10,77 +10,48 @@
 
 #include "check_common.h"
 
-namespace {
-
-QString q(const std::string& s) { return QString::fromStdString(s); }
-
-// The difference between the plugin's picture and the converter's bitmap, or "".
-std::string difference(const QImage& image, const QImage& reference) {
-    if (reference.isNull()) return "no reference bitmap";
-    const int repeat = reference.height() == 200 && reference.width() == 640 ? 2 : 1;
-    if (image.width() != reference.width() || image.height() != reference.height() * repeat)
-        return "size " + std::to_string(image.width()) + "x" + std::to_string(image.height());
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x)
-            if ((image.pixel(x, y) & 0xFFFFFF) != (reference.pixel(x, y / repeat) & 0xFFFFFF))
-                return "pixel " + std::to_string(x) + "," + std::to_string(y);
-    return {};
-}
-
-}  // namespace
+using vcheck::fail;
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        std::cerr << "usage: check_qt PLUGINS LIST WORK\n";
-        return 2;
-    }
+    if (argc != 4) return 2;
     QCoreApplication::setLibraryPaths({QString::fromLocal8Bit(argv[1])});
     QCoreApplication app(argc, argv);
-    const auto list = vcheck::readList(argv[2]);
-    vcheck::Failures failures;
-    if (list.empty()) failures.add(argv[2], "no pictures listed");
-
-    const auto formats = QImageReader::supportedImageFormats();
-    const auto types = QImageReader::supportedMimeTypes();
-    for (const velmoric::Format& f : velmoric::formatTable()) {
-        if (!formats.contains(QByteArray(f.lower.data(), int(f.lower.size()))))
-            failures.add(std::string(f.lower), "not among Qt's image formats");
-        if (!types.contains(QByteArray(f.mimeType.data(), int(f.mimeType.size()))))
-            failures.add(std::string(f.mimeType), "not among Qt's image types");
-    }
-
-    const QMimeDatabase mime;
-    for (const vcheck::Listed& l : list) {
-        const velmoric::Format* row = vcheck::rowOf(l.picture);
-        const QString type = mime.mimeTypeForFile(q(l.picture)).name();
-        if (!row || type != q(std::string(row->mimeType)))
-            failures.add(l.picture, "the MIME database says " + type.toStdString());
-        QImageReader reader(q(l.picture));
-        const QImage image = reader.read();
-        if (image.isNull()) {
-            failures.add(l.picture, "not read: " + reader.errorString().toStdString());
+    const auto pictures = vcheck::readList(argv[2]), broken = vcheck::readList(argv[3]);
+    for (const velmoric::Format& f : velmoric::formatTable())
+        if (!QImageReader::supportedMimeTypes().contains(QByteArray(f.mimeType.data(), int(f.mimeType.size()))) ||
+            !QImageReader::supportedImageFormats().contains(QByteArray(f.lower.data(), int(f.lower.size()))))
+            fail(std::string(f.lower), "not among Qt's image formats and types");
+    for (const auto& [picture, bitmap] : pictures) {
+        const QString name = QString::fromStdString(picture);
+        const QString type = QMimeDatabase().mimeTypeForFile(name).name();
+        if (type.toStdString() != vcheck::rowOf(picture)->mimeType) fail(picture, "typed " + type.toStdString());
+        QImageReader reader(name);
+        const QImage image = reader.read(), reference(QString::fromStdString(bitmap), "BMP");
+        const int repeat = reference.size() == QSize(640, 200) ? 2 : 1;
+        if (image.isNull() || image.width() != reference.width() || image.height() != reference.height() * repeat) {
+            fail(picture, "read as " + std::to_string(image.width()) + "x" + std::to_string(image.height()) + " " +
+                              reader.errorString().toStdString());
             continue;
         }
-        if (const std::string d = difference(image, QImage(q(l.bitmap), "BMP")); !d.empty()) failures.add(l.picture, d);
+        const auto differs = [&] {
+            for (int y = 0; y < image.height(); ++y)
+                for (int x = 0; x < image.width(); ++x)
+                    if ((image.pixel(x, y) ^ reference.pixel(x, y / repeat)) & 0xFFFFFF) return true;
+            return false;
+        };
+        if (differs()) fail(picture, "pixels other than the converter's");
     }
-
-    const auto broken = vcheck::writeBrokenFiles(list, std::string(argv[3]) + "/broken-qt" QT_STRINGIFY(QT_VERSION_MAJOR));
-    for (const std::string& path : broken) {
-        QImageReader reader(q(path));
-        if (!reader.read().isNull() || reader.error() == QImageReader::UnknownError || reader.errorString().isEmpty())
-            failures.add(path, "a broken file was read");
+    for (const auto& [file, unused] : broken) {
+        QImageReader reader(QString::fromStdString(file));
+        if (!reader.read().isNull() || reader.errorString().isEmpty()) fail(file, "a broken file was read");
     }
-
 #if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
-    // 1 megabyte holds 640 by 400 pixels of 4 bytes, not MacPaint's 576 by 720.
-    QImageReader::setAllocationLimit(1);
-    for (const vcheck::Listed& l : list) {
-        const velmoric::Format* row = vcheck::rowOf(l.picture);
-        const bool fits = row && row->kind != 4;
-        if (QImageReader(q(l.picture)).read().isNull() == fits)
-            failures.add(l.picture, fits ? "refused under the limit" : "read above the allocation limit");
-    }
-    QImageReader::setAllocationLimit(256);
+    QImageReader::setAllocationLimit(1);  // a megabyte: 640 by 400 in 4 bytes, not MacPaint's 576 by 720
+    for (const auto& [picture, unused] : pictures)
+        if (QImageReader(QString::fromStdString(picture)).read().isNull() != (vcheck::rowOf(picture)->kind == 4))
+            fail(picture, "the allocation limit of a megabyte was not kept to");
 #endif
-    return failures.finish("Qt " QT_STRINGIFY(QT_VERSION_MAJOR), list.size(), broken.size());
+    std::cout << "Qt " << QT_VERSION_MAJOR << ": " << pictures.size() << " pictures, " << broken.size()
+              << " broken files, " << vcheck::failures << " failures\n";
+    return vcheck::failures == 0 ? 0 : 1;
 }

@@ -2,7 +2,8 @@
 # install_check.sh BUILD SHARED: installs the build with DESTDIR into a fresh
 # folder (prefix /usr) and checks it as the desktop uses it:
 #  - every file lies where the freedesktop specifications, Qt and GdkPixbuf
-#    look, and desktop-file-validate passes the desktop entry;
+#    look, desktop-file-validate passes the desktop entry, and the MIME
+#    package, the desktop entry and the thumbnailer entry name the same types;
 #  - update-mime-database over the system's types and the installed package
 #    maps every shared picture to its format's type (checked by Qt's and by
 #    GIO's MIME lookup in the checkers);
@@ -10,7 +11,7 @@
 #    $qt6dir, $qt5dir) and the GdkPixbuf loader ($pixbuf, with a loader cache
 #    made by $query over the modules in $loaderdir) read every picture of
 #    corpus.tsv and EXPECTED.tsv with the converter's pixels and refuse broken
-#    files with an error;
+#    files (empty, noise, cut, of every extension) with an error;
 #  - the thumbnailer entry's Exec line, run as a file manager runs it, makes a
 #    PNG of at most the asked size of every picture.
 # A checker that is not set (its plugin was not built) is skipped with a note.
@@ -45,14 +46,20 @@ if [ -n "${pixbuf:-}" ]; then
   [ "$modules" = 18 ] || fail "$modules GdkPixbuf modules installed, not 18"
 fi
 desktop-file-validate "$usr/share/applications/$id.desktop" || fail "desktop-file-validate: $id.desktop"
+# The MIME package, the desktop entry and the thumbnailer entry name the same 18 types.
+types() { sed -n "s/^$1//p" "$2" | tr ';' '\n' | sed '/^$/d' | sort; }
+package_types=$(sed -n 's/.*<mime-type type="\([^"]*\)".*/\1/p' "$usr/share/mime/packages/velmoric.xml" | sort)
+[ "$(wc -l <<< "$package_types")" = 18 ] || fail "the MIME package has not 18 types"
+[ "$(types MimeType= "$usr/share/applications/$id.desktop")" = "$package_types" ] || fail "the desktop entry's types"
+[ "$(types MimeType= "$usr/share/thumbnailers/velmoric.thumbnailer")" = "$package_types" ] || fail "the thumbnailer's types"
 echo "${#expected[@]} files and ${modules:-no} loader modules in place; the desktop entry is valid"
 
 echo "== MIME database: the system's types and the installed package"
 mkdir -p "$work/share/mime/packages" "$work/home"
 [ -f /usr/share/mime/packages/freedesktop.org.xml ] && cp /usr/share/mime/packages/freedesktop.org.xml "$work/share/mime/packages/"
 cp "$usr/share/mime/packages/velmoric.xml" "$work/share/mime/packages/"
-update-mime-database "$work/share/mime"
 export XDG_DATA_DIRS=$work/share XDG_DATA_HOME=$work/home/data XDG_CONFIG_HOME=$work/home/config
+update-mime-database "$work/share/mime"
 
 echo "== the converter's bitmaps of every shared picture"
 "$usr/bin/velmoric-convert" -q -r -o "$work/bmp/corpus" "$shared/corpus"
@@ -62,19 +69,40 @@ echo "== the converter's bitmaps of every shared picture"
   while IFS= read -r rel; do printf '%s\t%s\n' "$shared/$rel" "$work/bmp/$rel.bmp"; done > "$work/list.tsv"
 echo "$(wc -l < "$work/list.tsv") pictures"
 
+echo "== broken files: empty, 100 bytes of noise, cut to 60 bytes or half"
+mkdir -p "$work/broken"
+noise() {  # 100 bytes that depend on $1 alone
+  local i hex=
+  for i in 1 2 3 4; do hex+=$(printf '%s' "$1-$i" | sha256sum | cut -c1-64); done
+  printf "$(sed 's/../\\x&/g' <<< "${hex:0:200}")"
+}
+extensions=$(sed -n 's/.*pattern="\*\.\([a-z0-9]*\)".*/\1/p' "$usr/share/mime/packages/velmoric.xml")
+for ext in $extensions; do
+  : > "$work/broken/empty.$ext"
+  for n in 0 1 2; do noise "$ext$n" > "$work/broken/noise$n.$ext"; done
+  first=$(grep -m1 -i "\.$ext"$'\t' "$work/list.tsv" | cut -f1)
+  size=$(stat -c %s "$first")
+  head -c $((size / 2 < 60 ? size / 2 : 60)) "$first" > "$work/broken/cut.$ext"
+done
+ls "$work"/broken/* > "$work/broken.tsv"
+echo "$(wc -l < "$work/broken.tsv") broken files"
+
 status=0
 for major in 6 5; do
   checker=qt$major dir=qt${major}dir
   if [ -z "${!checker:-}" ]; then echo "== Qt $major: no plugin built, skipped"; continue; fi
   echo "== Qt $major plugin"
-  QT_QPA_PLATFORM=offscreen "${!checker}" "$usr/${!dir}" "$work/list.tsv" "$work" || status=1
+  QT_QPA_PLATFORM=offscreen "${!checker}" "$usr/${!dir}" "$work/list.tsv" "$work/broken.tsv" > "$work/qt.log" 2>&1 ||
+    status=1
+  # The plugin's warnings about the broken files and the allocation limit are expected.
+  grep -v 'velmoric image plugin: .*/broken/\|allocation limit' "$work/qt.log" || true
 done
 
 if [ -n "${pixbuf:-}" ]; then
   echo "== GdkPixbuf loader"
   system_loaders=$(dirname "$(pkg-config --variable=gdk_pixbuf_cache_file gdk-pixbuf-2.0)")/loaders
   "$query" "$usr/$loaderdir"/*.so "$system_loaders"/libpixbufloader-bmp.so > "$work/loaders.cache"
-  GDK_PIXBUF_MODULE_FILE=$work/loaders.cache "$pixbuf" "$work/list.tsv" "$work" || status=1
+  GDK_PIXBUF_MODULE_FILE=$work/loaders.cache "$pixbuf" "$work/list.tsv" "$work/broken.tsv" || status=1
 else
   echo "== GdkPixbuf: no loader built, skipped"
 fi
