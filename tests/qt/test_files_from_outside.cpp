@@ -1,0 +1,152 @@
+// Files that reach the real window from outside: drags and drops through the
+// window as the window system hands them over, names in Label1, and where
+// the real open dialog starts.
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QTimer>
+#include <QToolBar>
+#include <QUrl>
+#include <QWindow>
+
+#include "window_fixture.h"
+
+using namespace vqt;
+
+namespace {
+
+std::string neoFile(const vtest::TempDir& dir, const std::string& name) {
+    const std::string path = dir.file(name);
+    vtest::writeFile(path, vtest::randomBytes(32128, 7));
+    return path;
+}
+
+QUrl localUrl(const std::string& path) { return QUrl::fromLocalFile(QFile::decodeName(QByteArray::fromStdString(path))); }
+
+struct FilesFromOutside : WindowTest {
+    vtest::TempDir pictures;
+
+    // A drag that enters the window over `target` and is dropped there; the
+    // window passes both on to the control under the point that takes drops.
+    // Returns whether the drag was accepted.
+    bool dragAndDrop(QWidget* target, QMimeData* data, Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
+        QWindow* window = form->windowHandle();
+        const QPointF at = target->mapTo(form.get(), QPoint(target->width() - 3, target->height() / 2));
+        QDragEnterEvent enter(at.toPoint(), actions, data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window, &enter);
+        const bool accepted = enter.isAccepted() && enter.dropAction() == Qt::CopyAction;
+        QDropEvent drop(at, actions, data, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(window, &drop);
+        settle(*platform);
+        delete data;
+        return accepted;
+    }
+    static QMimeData* urls(const QList<QUrl>& list) {
+        auto* data = new QMimeData;
+        data->setUrls(list);
+        return data;
+    }
+};
+
+TEST_F(FilesFromOutside, Image1TakesAListOfLocalFilesAndOpensTheFirst) {
+    loadAndShow();
+    const std::string a = neoFile(pictures, "a.neo"), b = neoFile(pictures, "b.neo");
+    struct Row {
+        const char* what;
+        QMimeData* data;
+        Qt::DropActions actions;
+        bool accepted;
+    };
+    auto* text = new QMimeData;
+    text->setText(QString::fromStdString(a));
+    const Row refused[] = {
+        {"plain text", text, Qt::CopyAction, false},
+        {"a remote file", urls({QUrl(QStringLiteral("https://example.org/x.neo"))}), Qt::CopyAction, false},
+        {"files that may only be moved", urls({localUrl(a)}), Qt::MoveAction, false},
+    };
+    for (const Row& r : refused) {
+        EXPECT_EQ(dragAndDrop(form->image1(), r.data, r.actions), r.accepted) << r.what;
+        EXPECT_EQ(form->label1()->text(), "") << r.what << " opens nothing";
+    }
+    // A remote entry in front is no file of this machine: the first local one opens.
+    EXPECT_TRUE(dragAndDrop(form->image1(), urls({QUrl(QStringLiteral("https://example.org/r.neo")), localUrl(b),
+                                                  localUrl(a), localUrl(pictures.file("missing.neo"))})));
+    EXPECT_TRUE(form->label1()->text().startsWith("B.NEO  Neo")) << form->label1()->text().toStdString();
+    EXPECT_TRUE(platform->messages.empty());
+    EXPECT_EQ(viewer().openmode, 0);
+}
+
+TEST_F(FilesFromOutside, NothingButImage1TakesDrops) {
+    loadAndShow();
+    const std::string a = neoFile(pictures, "a.neo");
+    for (QWidget* target : {static_cast<QWidget*>(form->label1()), static_cast<QWidget*>(form->toolbar1()),
+                            static_cast<QWidget*>(form->menuBar())})
+        EXPECT_FALSE(dragAndDrop(target, urls({localUrl(a)}))) << target->objectName().toStdString();
+    EXPECT_EQ(form->label1()->text(), "");
+    int takers = 0;
+    for (QWidget* w : form->findChildren<QWidget*>()) takers += w->acceptDrops();
+    EXPECT_EQ(takers, 1);
+    EXPECT_FALSE(form->acceptDrops());
+}
+
+TEST_F(FilesFromOutside, Label1ShowsNamesInUnicodeCapitals) {
+    loadAndShow();
+    struct Row {
+        std::string file;
+        QString shown;
+    };
+    const Row rows[] = {
+        {"café.neo", QStringLiteral("CAFÉ.NEO")},
+        {"straße.neo", QStringLiteral("STRASSE.NEO")},
+        {"ÿ.neo", QStringLiteral("Ÿ.NEO")},
+        // Not UTF-8: shown as the platform shows the name of that file.
+        {"caf\xe9.neo", QFile::decodeName("caf\xe9.neo").toUpper()},
+    };
+    for (const Row& r : rows) {
+        viewer().Form_LinkExecute(neoFile(pictures, r.file));
+        EXPECT_EQ(form->label1()->text(), r.shown + QStringLiteral("  Neo 320*200 16 Colour")) << r.file;
+    }
+}
+
+TEST_F(FilesFromOutside, TheOpenDialogStartsInTheFolderOfThePictureOpenedLast) {
+    loadAndShow();
+    vtest::TempDir other;
+    const std::string first = neoFile(pictures, "first.neo"), dropped = neoFile(other, "dropped.neo");
+    std::vector<QString> startedIn;
+    // Answers the real dialog: notes where it starts, then chooses `path`
+    // ("" cancels).
+    auto answer = [&](const std::string& path) {
+        auto* timer = new QTimer;
+        timer->setInterval(10);
+        QObject::connect(timer, &QTimer::timeout, [timer, path, &startedIn] {
+            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            if (!dialog) return;
+            timer->stop();
+            timer->deleteLater();
+            startedIn.push_back(QFileInfo(dialog->directory().absolutePath()).canonicalFilePath());
+            if (path.empty()) {
+                dialog->reject();
+                return;
+            }
+            dialog->selectFile(QString::fromStdString(path));
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        timer->start();
+        platform->QtPlatform::runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
+    };
+    answer(first);
+    viewer().Form_LinkExecute(platform->fileName());
+    answer("");
+    answer("");
+    viewer().Image1_OLEDragDrop({dropped});
+    answer("");
+    auto canonical = [](const vtest::TempDir& d) { return QFileInfo(QString::fromStdString(d.path().string())).canonicalFilePath(); };
+    ASSERT_EQ(startedIn.size(), 4u);
+    EXPECT_EQ(startedIn[1], canonical(pictures)) << "the folder of the picture chosen before";
+    EXPECT_EQ(startedIn[2], canonical(pictures)) << "a cancel keeps it";
+    EXPECT_EQ(startedIn[3], canonical(other)) << "a dropped picture counts too";
+}
+
+}  // namespace
