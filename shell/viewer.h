@@ -84,9 +84,11 @@ public:
     void showAbout();
 
     // Set by the window to carry out what the core cannot do alone: unload
-    // the main window, show the options dialog. Null means not available.
+    // the main window, show the options dialog, show the help window
+    // modally. Null means not available.
     std::function<void()> unloadRequest;
     std::function<void()> optionsDialog;
+    std::function<void()> helpDialog;
 
 private:
     // Reads the source, runs the decoder and leaves the bitmap in the

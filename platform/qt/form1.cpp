@@ -6,6 +6,7 @@
 #include <QWindow>
 
 #include "platform/qt/artwork.h"
+#include "platform/qt/form2.h"
 #include "platform/qt/form4.h"
 
 namespace velmoric::qt {
@@ -44,6 +45,11 @@ Form1::Form1(QtPlatform& platform) : platform_(platform), viewer_(platform) {
     resize(kClientWidthTwips / 15, kClientHeightTwips / 15 + menuBarHeightFor(kClientWidthTwips / 15));
 
     viewer_.unloadRequest = [this] { close(); };
+    viewer_.helpDialog = [this] {
+        // Built at each opening; nothing of it stays after it closes.
+        Form2 help(viewer_, this);
+        help.exec();
+    };
     viewer_.optionsDialog = [this] {
         // Built at each opening and modal; the core lays the window out anew
         // when it has closed.
