@@ -100,6 +100,7 @@ NativeSize desktopSizeOfKind(int kind) {
 
 DesktopPicture decodeForDesktop(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length) {
     if (length == 0) return failed("the file is empty");
+    if (length > kLongestFile) return failed("the file is far longer than any Atari picture");
     head = head.first(std::min<std::size_t>(head.size(), kSourceLimit));
     const FreshDecode real = decodeFresh(format, head, length);
     if (real.rejected) return failed("not a valid " + std::string(format.description) + " file");

@@ -17,6 +17,10 @@ namespace velmoric::desktop {
 // letters counts: the desktop's MIME globs match names regardless of case.
 const Format* formatForKey(std::string_view key);
 
+// Far longer than any Atari picture: a stream is read no further, and a file
+// this long is refused.
+inline constexpr std::uint64_t kLongestFile = 16u << 20;
+
 // The first bytes of a file (at most kSourceLimit) and the length of all of
 // it, gathered from a stream that arrives in pieces.
 class SourceBytes {
@@ -45,7 +49,7 @@ struct DesktopPicture {
 // file, one the decoder rejects, and one whose picture needs bytes the file
 // does not have (a packed picture cut short, or a plain one that ends before
 // its first row; a plain picture that ends later shows what it has, as in the
-// viewer).
+// viewer), and one longer than kLongestFile.
 DesktopPicture decodeForDesktop(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length);
 
 // The size of the picture decodeForDesktop gives for a kind (1 to 4).

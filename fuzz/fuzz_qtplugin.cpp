@@ -4,6 +4,7 @@
 // its kind's size, or fails with the size unknown.
 #include <QBuffer>
 #include <QImage>
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -12,10 +13,23 @@
 
 namespace {
 
-// A stream, which can only be read in sequence.
-struct Stream : QBuffer {
-    using QBuffer::QBuffer;
+// A stream: no size, no going back.
+class Stream : public QIODevice {
+public:
+    explicit Stream(const QByteArray& bytes) : bytes_(bytes) {}
     bool isSequential() const override { return true; }
+
+protected:
+    qint64 readData(char* data, qint64 most) override {
+        const qint64 n = std::min<qint64>(most, bytes_.size() - at_);
+        std::copy_n(bytes_.constData() + at_, n, data);
+        return at_ += n, n;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+
+private:
+    QByteArray bytes_;
+    qint64 at_ = 0;
 };
 
 }  // namespace
@@ -28,7 +42,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const velmoric::Format& format = table[(data[0] & 0x7F) % table.size()];
     const QByteArray key(format.lower.data(), int(format.lower.size()));
     QByteArray bytes(reinterpret_cast<const char*>(data + 1), int(size - 1));
-    const std::unique_ptr<QBuffer> device(data[0] & 0x80 ? new Stream(&bytes) : new QBuffer(&bytes));
+    const std::unique_ptr<QIODevice> device(data[0] & 0x80 ? static_cast<QIODevice*>(new Stream(bytes)) : new QBuffer(&bytes));
     device->open(QIODevice::ReadOnly);
     static velmoric::qtplugin::ImagePlugin plugin;
     if (!(plugin.capabilities(device.get(), key) & QImageIOPlugin::CanRead)) std::abort();

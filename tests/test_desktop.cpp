@@ -41,6 +41,8 @@ TEST(DesktopPicture, BrokenFilesGiveTheirReason) {
         EXPECT_FALSE(p.ok) << c.key;
         EXPECT_EQ(p.error, c.reason) << c.key;
     }
+    EXPECT_EQ(desktop::decodeForDesktop(*findFormat("neo"), vtest::Bytes(200), 1u << 30).error,
+              "the file is far longer than any Atari picture");
     EXPECT_EQ(desktop::formatForKey("Neo"), findFormat("neo"));
     EXPECT_EQ(desktop::formatForKey("neoo"), nullptr);
 }
@@ -77,10 +79,11 @@ TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean)
         for (int y = 0; y < t.height; ++y)
             for (int x = 0; x < t.width; ++x) {
                 const std::uint32_t got = t.pixels[std::size_t(y * t.width + x)];
-                if (k >= 1)
+                if (k >= 1) {
                     ASSERT_EQ(got, 0xFF000000u | p.pixels[std::size_t(y / k * c.width + x / k)]);
-                else if (2 * t.width == c.width)  // two by two pixels, two white, two with no red
+                } else if (2 * t.width == c.width) {  // two by two pixels, two white, two with no red
                     ASSERT_EQ(got >> 16 & 0xFF, 128u);
+                }
             }
     }
 }

@@ -80,8 +80,11 @@ gpointer beginLoad(const char* key, GdkPixbufModuleSizeFunc sizeFunc, GdkPixbufM
 
 gboolean loadIncrement(gpointer context, const guchar* buffer, guint size, GError** error) {
     try {
-        static_cast<Load*>(context)->source.append({buffer, size});
-        return TRUE;
+        desktop::SourceBytes& source = static_cast<Load*>(context)->source;
+        source.append({buffer, size});
+        if (source.length() <= desktop::kLongestFile) return TRUE;
+        setError(error, GDK_PIXBUF_ERROR_CORRUPT_IMAGE, "the file is far longer than any Atari picture");
+        return FALSE;
     } catch (const std::bad_alloc&) {
         setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory to load the picture");
         return FALSE;

@@ -27,7 +27,7 @@ desktop::DesktopPicture decodeDevice(const Format& format, QIODevice* device) {
     }
     desktop::SourceBytes source;
     char buffer[16384];
-    for (qint64 n; (n = device->read(buffer, sizeof buffer)) > 0;)
+    for (qint64 n; source.length() <= desktop::kLongestFile && (n = device->read(buffer, sizeof buffer)) > 0;)
         source.append({reinterpret_cast<const std::uint8_t*>(buffer), std::size_t(n)});
     return desktop::decodeForDesktop(format, source.head(), source.length());
 }
