@@ -4,10 +4,11 @@
 # at device pixel ratios 1.5 and 2 native mode shows every picture pixel as
 # the same whole number of device pixels; Label1 shows a name in full
 # Unicode capitals.
-# Usage: window_manager.sh VELMORIC VELMORIC_CONVERT VELMORIC_MAKE_SAMPLE VELMORIC_WM_TOOL
+# Maximising and restoring go through wmctrl, as a pager asks for them.
+# Usage: window_manager.sh VELMORIC VELMORIC_CONVERT VELMORIC_MAKE_SAMPLE VELMORIC_PIXEL_CHECK
 set -u
-viewer=$1 convert=$2 make_sample=$3 tool=$4
-command -v xvfb-run >/dev/null && command -v openbox >/dev/null || { echo "xvfb-run or openbox is not installed"; exit 77; }
+viewer=$1 convert=$2 make_sample=$3 pixel_check=$4
+for t in xvfb-run openbox wmctrl xwininfo; do command -v $t >/dev/null || { echo "$t is not installed"; exit 77; }; done
 if [ -z "${VELMORIC_UNDER_XVFB:-}" ]; then
   VELMORIC_UNDER_XVFB=1 exec xvfb-run -a -s "-screen 0 1280x1024x24" "$0" "$@"
 fi
@@ -26,34 +27,43 @@ fail() { echo "FAIL: $*"; failed=$((failed + 1)); }
 
 XDG_CONFIG_HOME=$work/ob openbox >/dev/null 2>&1 &
 pids+=($!)
-"$tool" wait-wm || { echo "openbox did not start"; exit 1; }
+for _ in $(seq 50); do wmctrl -m >/dev/null 2>&1 && break; sleep 0.1; done
+wmctrl -m >/dev/null 2>&1 || { echo "openbox did not start"; exit 1; }
 
 "$make_sample" "$work/sample.pi1"
 head -c 60000 /dev/urandom > "$work/tall.mac"
 head -c 32128 /dev/urandom > "$work/café.neo"
 
+size() { xwininfo -id "$1" | awk '/Width:/ { w = $2 } /Height:/ { h = $2 } END { print w "x" h }'; }
+window() {
+  for _ in $(seq 50); do
+    xwininfo -name "Velmoric Picture Viewer." 2>/dev/null | awk '/Window id:/ { print $4 }' | grep . && return 0
+    sleep 0.1
+  done
+  return 1
+}
 # Waits until the window has SIZE, or has left SIZE when it begins with "!".
 wait_size() {
   local id=$1 want=$2 now
   for _ in $(seq 40); do
-    now=$("$tool" size "$id")
+    now=$(size "$id")
     if [ "${want:0:1}" = "!" ]; then [ "$now" != "${want:1}" ] && break; else [ "$now" = "$want" ] && break; fi
     sleep 0.1
   done
   sleep 0.4  # and it stays so
-  "$tool" size "$id"
+  size "$id"
 }
 
 # ---- free mode: maximise, then restore -------------------------------------------
 for picture in "$work/sample.pi1" "$work/tall.mac"; do
   XDG_CONFIG_HOME=$work/free VELMORIC_REPORT=1 "$viewer" "$picture" > "$work/report" 2>/dev/null &
   pids+=($!); app=$!
-  id=$("$tool" find "Velmoric Picture Viewer.") || { fail "no window for $picture"; continue; }
+  id=$(window) || { fail "no window for $picture"; continue; }
   for _ in $(seq 50); do grep -q '^Picture:' "$work/report" && break; sleep 0.1; done
-  before=$("$tool" size "$id")
-  "$tool" maximise "$id" on
+  before=$(size "$id")
+  wmctrl -i -r "$id" -b add,maximized_vert,maximized_horz
   maximised=$(wait_size "$id" "!$before")
-  "$tool" maximise "$id" off
+  wmctrl -i -r "$id" -b remove,maximized_vert,maximized_horz
   after=$(wait_size "$id" "$before")
   echo "$(basename "$picture"): $before, maximised $maximised, restored $after"
   [ "$maximised" != "$before" ] || fail "$(basename "$picture"): the window manager did not maximise the window"
@@ -71,7 +81,7 @@ for factor in 1.5 2; do
   [ -n "${x:-}" ] || { fail "factor $factor: the viewer gave no report"; continue; }
   dx=$(awk -v v="$x" -v f="$factor" 'BEGIN { printf "%d", v * f + 0.5 }')
   dy=$(awk -v v="$y" -v f="$factor" 'BEGIN { printf "%d", v * f + 0.5 }')
-  "$tool" compare "$work/shot.png" "$work/ref/sample.pi1.png" "$scale" "$dx" "$dy" ||
+  "$pixel_check" "$work/shot.png" "$work/ref/sample.pi1.png" "$dx" "$dy" "$scale" ||
     fail "factor $factor: native mode does not show each picture pixel as $scale by $scale device pixels"
 done
 
