@@ -1,6 +1,6 @@
 // Files that reach the real window from outside: drags and drops through the
-// window as the window system hands them over, names in Label1, and where
-// the real open dialog starts.
+// window as the window system hands them over, and where the real open
+// dialog starts. Label1's capitals are read under a real X server.
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -77,25 +77,6 @@ TEST_F(FilesFromOutside, Image1AloneTakesListsOfLocalFiles) {
                                                   localUrl(a), localUrl(pictures.file("missing.neo"))})));
     EXPECT_TRUE(form->label1()->text().startsWith("B.NEO  Neo")) << form->label1()->text().toStdString();
     EXPECT_TRUE(platform->messages.empty());
-}
-
-TEST_F(FilesFromOutside, Label1ShowsNamesInUnicodeCapitals) {
-    loadAndShow();
-    struct Row {
-        std::string file;
-        QString shown;
-    };
-    const Row rows[] = {
-        {"café.neo", QStringLiteral("CAFÉ.NEO")},
-        {"straße.neo", QStringLiteral("STRASSE.NEO")},
-        {"ÿ.neo", QStringLiteral("Ÿ.NEO")},
-        // Not UTF-8: shown as the platform shows the name of that file.
-        {"caf\xe9.neo", QFile::decodeName("caf\xe9.neo").toUpper()},
-    };
-    for (const Row& r : rows) {
-        viewer().Form_LinkExecute(neoFile(pictures, r.file));
-        EXPECT_EQ(form->label1()->text(), r.shown + QStringLiteral("  Neo 320*200 16 Colour")) << r.file;
-    }
 }
 
 TEST_F(FilesFromOutside, TheOpenDialogStartsInTheFolderOfThePictureOpenedLast) {
