@@ -6,7 +6,10 @@ set -u
 viewer=$1 convert=$2 trials=${3:-50}
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
-mkdir -p "$work/runtime" "$work/data/mime" "$work/config"
+mkdir -p "$work/runtime" "$work/data/mime" "$work/config/velmoric"
+# Each start a copy of its own: with a session bus the second would hand its
+# file to the first.
+printf '[options]\nsingle=1\n' > "$work/config/velmoric/velmoric.conf"
 chmod 700 "$work/runtime"
 # A desktop that knows the picture types already, so no first-run question.
 echo '50:image/x-test:*.spu' > "$work/data/mime/globs2"
