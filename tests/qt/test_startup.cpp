@@ -118,7 +118,7 @@ TEST_F(WindowTest, FirstStartAsksWithTheTimerOffAndYesRegisters) {
     EXPECT_EQ(m.icon, Icon::None);
     EXPECT_FALSE(timerDuringQuestion);
     EXPECT_TRUE(std::filesystem::exists(data.path() / "mime/packages/velmoric.xml"));
-    EXPECT_TRUE(std::filesystem::exists(data.path() / "applications/velmoric.desktop"));
+    EXPECT_TRUE(std::filesystem::exists(data.path() / "applications/org.velmoric.Velmoric.desktop"));
     EXPECT_TRUE(std::filesystem::exists(std::string(std::getenv("XDG_CONFIG_HOME")) + "/mimeapps.list"));
 
     // The order of start-up: timer off, question, timer on, the seven options.
