@@ -140,27 +140,6 @@ TEST(XdgGlob, AnyProgramsGlobInAnyDataFolderCounts) {
     }
 }
 
-TEST(XdgGlob, FoldersFollowTheEnvironmentAndItsDefaults) {
-    vtest::TempDir home;
-    ScopedEnv h("HOME", home.path().string());
-    {
-        ScopedEnv a("XDG_DATA_HOME", std::nullopt), b("XDG_DATA_DIRS", std::nullopt), c("XDG_CONFIG_HOME", "");
-        const auto f = xdg::foldersFromEnvironment();
-        EXPECT_EQ(f.dataHome, home.file(".local/share"));
-        EXPECT_EQ(f.configHome, home.file(".config"));
-        EXPECT_EQ(f.dataDirs, (std::vector<std::string>{"/usr/local/share", "/usr/share"}));
-    }
-    {
-        // Relative paths are not valid base folders and fall back to the defaults.
-        ScopedEnv a("XDG_DATA_HOME", "rel/data"), b("XDG_DATA_DIRS", "rel:/srv/share::/usr/share"),
-            c("XDG_CONFIG_HOME", "/etc/me");
-        const auto f = xdg::foldersFromEnvironment();
-        EXPECT_EQ(f.dataHome, home.file(".local/share"));
-        EXPECT_EQ(f.configHome, "/etc/me");
-        EXPECT_EQ(f.dataDirs, (std::vector<std::string>{"/srv/share", "/usr/share"}));
-    }
-}
-
 TEST(XdgGlob, TheUsersOwnPackageCountsWhereNoToolCompiledIt) {
     XdgFolders x;
     x.put("data/mime/packages/other.xml", "<mime-type type=\"a/b\"><glob pattern=\"*.spux\"/></mime-type>");
@@ -242,21 +221,6 @@ TEST(XdgWrite, KeepsEveryOtherLineOfTheUsersList) {
     EXPECT_NE(after.find("image/x-macpaint=org.velmoric.Velmoric.desktop;\n\n[Added Associations]"), std::string::npos);
 }
 
-TEST(XdgWrite, RunningTwiceGivesTheSameFiles) {
-    XdgFolders x;
-    x.put("config/mimeapps.list", "[Added Associations]\nimage/x-degas-pi1=a.desktop;\n[Other]\nk=v");
-    const auto folders = xdg::foldersFromEnvironment();
-    const Association a = buildAssociation(kFolder);
-    const std::vector<std::string> files = {"data/mime/packages/velmoric.xml", "data/applications/org.velmoric.Velmoric.desktop",
-                                            "config/mimeapps.list"};
-    xdg::writeAssociationFiles(folders, a);
-    std::vector<std::string> first;
-    for (const auto& f : files) first.push_back(x.text(f));
-    xdg::writeAssociationFiles(folders, a);
-    for (std::size_t i = 0; i < files.size(); ++i) EXPECT_EQ(x.text(files[i]), first[i]) << files[i];
-    EXPECT_EQ(groupLines(first[2], "Other"), (std::vector<std::string>{"k=v"}));
-}
-
 TEST(XdgWrite, ALinkedListIsWrittenThroughAndNoTemporaryStays) {
     XdgFolders x;
     x.put("dotfiles/mimeapps.list", "[Default Applications]\n");
@@ -298,26 +262,6 @@ TEST(XdgWrite, ExecQuotesWhatTheDesktopWouldSplit) {
     // A backslash doubles once more for the file's own escapes.
     Association a = buildAssociation("/x/a\\b");
     EXPECT_EQ(entryValue(xdg::desktopEntryText(a), "Exec"), "\"/x/a\\\\\\\\b/velmoric\" %f");
-}
-
-// ---- Agreement with the table of formats --------------------------------------
-
-TEST(XdgWrite, PackageAndEntryNameExactlyTheTablesFormats) {
-    const Association a = buildAssociation(kFolder);
-    std::map<std::string, std::set<std::string>> expected;
-    std::set<std::string> types;
-    for (const Format& f : formatTable()) {
-        expected[std::string(f.mimeType)] = {"*." + std::string(f.lower), "*." + std::string(f.upper)};
-        types.insert(std::string(f.mimeType));
-    }
-    EXPECT_EQ(globsByType(xdg::mimePackageText(a)), expected);
-
-    const auto listed = entryValue(xdg::desktopEntryText(a), "MimeType");
-    ASSERT_TRUE(listed);
-    std::set<std::string> fromEntry;
-    std::istringstream in(*listed);
-    for (std::string t; std::getline(in, t, ';');) fromEntry.insert(t);
-    EXPECT_EQ(fromEntry, types);
 }
 
 // ---- With the real update tool ----------------------------------------------------

@@ -1,7 +1,5 @@
 // Design state, start-up order, the first-run question, the options store
 // and quitting, with the real window.
-#include <QMenuBar>
-
 #include "window_fixture.h"
 
 using namespace vqt;
@@ -21,13 +19,6 @@ void writeSettings(const std::string& text) {
     vtest::writeFile(settingsFile(), vtest::Bytes(text.begin(), text.end()));
 }
 
-int colourCount(const QImage& image) {
-    std::set<QRgb> colours;
-    for (int y = 0; y < image.height(); ++y)
-        for (int x = 0; x < image.width(); ++x) colours.insert(image.pixel(x, y));
-    return int(colours.size());
-}
-
 TEST_F(WindowTest, DesignState) {
     EXPECT_EQ(form->windowTitle(), "Velmoric Picture Viewer.");
     EXPECT_FALSE(form->isVisible());
@@ -42,66 +33,6 @@ TEST_F(WindowTest, DesignState) {
     EXPECT_EQ(form->image1()->geometry(), QRect(0, 56, 440, 272));
     EXPECT_EQ(form->timer1()->interval(), 100);
     EXPECT_TRUE(form->timer1()->isActive());
-}
-
-TEST_F(WindowTest, DrawnPicturesHaveTheirSizesAndColours) {
-    const Picture start = form->image1()->picture();
-    EXPECT_EQ(start.width(), 320);
-    EXPECT_EQ(start.height(), 200);
-    EXPECT_EQ(start.bitsPerPixel(), 8);
-    const QImage icon = form->windowIcon().pixmap(32, 32).toImage();
-    EXPECT_EQ(icon.size(), QSize(32, 32));
-    EXPECT_LE(colourCount(windowIconImage()), 16);
-    for (int n = 1; n <= 9; ++n) {
-        const QImage picture = imageListImage(n);
-        EXPECT_EQ(picture.size(), QSize(16, 16)) << n;
-        EXPECT_LE(colourCount(picture), 16) << n;
-        EXPECT_TRUE(imageListPicture(n).hasAlphaChannel()) << "0xC0C0C0 is transparent in picture " << n;
-    }
-}
-
-TEST_F(WindowTest, MenusHaveTheirCaptionsAndShortcuts) {
-    const char* tops[] = {"&File", "&Edit", "&Tools", "&Help"};
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(form->mfile(i)->title(), tops[i]);
-    struct Row {
-        MenuArray array;
-        int index;
-        const char *caption, *shortcut;
-    };
-    const Row rows[] = {
-        {MenuArray::fmenu, 0, "&Open", "Ctrl+O"},   {MenuArray::fmenu, 1, "Save &as", "Ctrl+S"},
-        {MenuArray::fmenu, 3, "&Print", "Ctrl+P"},  {MenuArray::fmenu, 5, "E&xit", ""},
-        {MenuArray::mclip, 0, "&Copy", "Ctrl+C"},   {MenuArray::medit, 0, "&Slide show", ""},
-        {MenuArray::medit, 2, "&Options", ""},      {MenuArray::medit, 4, "&Mono Invert", ""},
-        {MenuArray::mhelp, 0, "&Help Pages", ""},   {MenuArray::mhelp, 2, "&About", ""},
-    };
-    for (const Row& r : rows) {
-        QAction* a = form->menuAction(r.array, r.index);
-        ASSERT_NE(a, nullptr) << r.caption;
-        EXPECT_EQ(a->text(), r.caption);
-        EXPECT_EQ(a->shortcut(), QKeySequence(QString::fromLatin1(r.shortcut))) << r.caption;
-        EXPECT_TRUE(a->isEnabled());
-    }
-    EXPECT_EQ(form->mfile(0)->actions().size(), 6);  // separators keep their places
-    EXPECT_EQ(form->mfile(2)->actions().size(), 5);
-    EXPECT_EQ(form->mfile(3)->actions().size(), 3);
-}
-
-TEST_F(WindowTest, ToolbarHasElevenButtonsInOrder) {
-    const QList<QAction*> actions = form->toolbar1()->actions();
-    ASSERT_EQ(actions.size(), 11);
-    const char* keys[] = {"open", "save", "print", nullptr, "copy", nullptr, "slide", "pref", "invert", nullptr, "help"};
-    const char* tips[] = {"Open Picture", "Save Picture", "Print", nullptr, "Copy to Clipboard", nullptr,
-                          "Slide Show", "Options", "Invert Mono Image", nullptr, "Help"};
-    for (int i = 0; i < 11; ++i) {
-        if (!keys[i]) {
-            EXPECT_TRUE(actions[i]->isSeparator()) << i;
-            continue;
-        }
-        EXPECT_EQ(actions[i]->data().toString(), keys[i]);
-        EXPECT_EQ(actions[i]->toolTip(), tips[i]);
-        EXPECT_FALSE(actions[i]->icon().isNull()) << keys[i];
-    }
 }
 
 TEST_F(WindowTest, FirstStartAsksWithTheTimerOffAndYesRegisters) {
@@ -155,20 +86,6 @@ TEST_F(WindowTest, AKnownSpuGlobFromAnyProgramMeansNoQuestion) {
     form->load();
     EXPECT_TRUE(platform->messages.empty());
     EXPECT_TRUE(std::filesystem::is_empty(data.path()));
-}
-
-TEST_F(WindowTest, OptionsTakeTheirDefaultsOnAnEmptyStore) {
-    knowSpuGlob();
-    form->load();
-    const Options& o = viewer().options;
-    EXPECT_EQ(o.delay, 2);
-    EXPECT_EQ(o.save, 0);
-    EXPECT_EQ(o.size, 0);
-    EXPECT_EQ(o.repeat, 1);
-    EXPECT_EQ(o.orientation, 1);
-    EXPECT_EQ(o.printscale, 100);
-    EXPECT_EQ(o.single, 0);
-    EXPECT_FALSE(std::filesystem::exists(settingsFile())) << "nothing is written at start-up";
 }
 
 TEST_F(WindowTest, OptionsAreReadFromTheStoreAndUnreadableValuesDefault) {
@@ -266,18 +183,6 @@ TEST_F(WindowTest, ExitFromTheMenuTakesTheSameRoad) {
     platform->answers.push_back(Answer::Yes);
     form->menuAction(MenuArray::fmenu, 5)->trigger();
     EXPECT_FALSE(form->isVisible());
-}
-
-TEST_F(WindowTest, AboutBox) {
-    loadAndShow();
-    form->menuAction(MenuArray::mhelp, 2)->trigger();
-    ASSERT_EQ(platform->messages.size(), 1u);
-    const auto& m = platform->messages[0];
-    EXPECT_EQ(m.title, "About.");
-    EXPECT_EQ(m.icon, Icon::Information);
-    EXPECT_EQ(m.buttons, Buttons::Ok);
-    EXPECT_EQ(m.text.rfind("Velmoric Picture Viewer.\n", 0), 0u) << m.text;
-    EXPECT_EQ(std::count(m.text.begin(), m.text.end(), '\n'), 2);
 }
 
 }  // namespace
