@@ -55,22 +55,6 @@ TEST_F(ConvertTest, ParallelAndSerialRunsWriteTheSameFiles) {
     EXPECT_FALSE(std::filesystem::exists(dir.file("par/notes.txt.bmp")));
 }
 
-TEST_F(ConvertTest, EachFileStartsFromAFreshState) {
-    makeMixedFolder();
-    ASSERT_EQ(run({"-o", dir.file("all"), dir.file("in/a.neo"), dir.file("in/short.pi1")}), 0);
-    ASSERT_EQ(run({"-o", dir.file("one"), dir.file("in/short.pi1")}), 0);
-    EXPECT_EQ(vtest::readFile(dir.file("all/short.pi1.bmp")), vtest::readFile(dir.file("one/short.pi1.bmp")));
-}
-
-TEST_F(ConvertTest, BesideTheSourceByDefaultAndExactBitmapBytes) {
-    makeMixedFolder();
-    ASSERT_EQ(run({dir.file("in/B.PI1")}), 0);
-    const FileDecode d = decodeFile(dir.file("in/B.PI1"));
-    ASSERT_TRUE(d.ok);
-    EXPECT_EQ(vtest::readFile(dir.file("in/B.PI1.bmp")), d.bitmap);
-    EXPECT_EQ(d.bitmap.size(), 32118u);
-}
-
 // Each kind of bitmap as a PNG: the smallest fitting form, and every pixel
 // read back by libspng exactly as the bitmap has it.
 TEST_F(ConvertTest, PngHoldsExactlyTheBitmapsPixels) {

@@ -69,18 +69,6 @@ TEST_F(OpenTest, OpensFromTheSelectorAndComposesTheCaption) {
     EXPECT_EQ(ui.repaints, 1);
 }
 
-TEST_F(OpenTest, PicturesAreTheDecodedBitmap) {
-    const std::string path = dir.file("X.PI1");
-    const vtest::Bytes file = vtest::randomBytes(32034, 3);
-    vtest::writeFile(path, file);
-    openNamed(path);
-    auto s = std::make_unique<Staging>();
-    s->buildTables();
-    const Decoded d = decodeWith(*findFormat("PI1"), *s, Source{file, file.size()});
-    EXPECT_EQ(ui.image.bytes(), vtest::Bytes(d.bitmap.begin(), d.bitmap.end()));
-    EXPECT_EQ(ui.label, "X.PI1  Degas 320*200 16 Colour");
-}
-
 TEST_F(OpenTest, CancelledSelectorChangesNothing) {
     const auto before = snapshot();
     v.openpic();
@@ -203,23 +191,6 @@ TEST_F(OpenTest, CommandLineModeOpensTheRuleName) {
     EXPECT_FALSE(ui.timerEnabled);
     EXPECT_EQ(v.openmode, 0);
     EXPECT_EQ(ui.label, "A.NEO  Neo 320*200 16 Colour");
-}
-
-TEST_F(OpenTest, CommandLineWithoutANameOpensNothing) {
-    ui.commandLineText = "C:\\ABCDE.NEO";
-    const auto before = snapshot();
-    v.Timer1_Timer();
-    EXPECT_EQ(snapshot(), before);
-    EXPECT_TRUE(ui.messages.empty());
-    EXPECT_TRUE(ui.shown);
-}
-
-TEST_F(OpenTest, ClickOnThePictureOnlySetsTheStopFlag) {
-    v.stop = kFalse;
-    const auto before = snapshot();
-    v.Image1_Click();
-    EXPECT_EQ(v.stop, kTrue);
-    EXPECT_EQ(snapshot(), before);
 }
 
 }  // namespace
