@@ -12,11 +12,6 @@ struct KindRow {
     int kind, width, height;
     double freeRatio;
 };
-void writeSettingsSize1() {
-    std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
-    const std::string text = "[options]\nsize=1\n";
-    vtest::writeFile(settingsFile(), vtest::Bytes(text.begin(), text.end()));
-}
 
 const KindRow kKinds[] = {{1, 320, 200, 0.625}, {2, 640, 200, 0.625}, {3, 640, 400, 0.625}, {4, 576, 720, 1.25}};
 
@@ -68,18 +63,6 @@ TEST_F(WindowTest, FreeModeKeepsTheOuterWidthAtLeast3600Twips) {
     }
     layOut(1, 1);
     EXPECT_EQ(platform->clientWidth(), 320) << "native mode has no minimum";
-}
-
-TEST_F(WindowTest, MeasuresReflectASizeJustSet) {
-    loadAndShow();
-    const int outer = platform->outerWidth();
-    platform->setOuterWidth(outer + 15 * 40);
-    EXPECT_EQ(platform->outerWidth(), outer + 15 * 40);
-    const int client = platform->clientWidth();
-    platform->setOuterHeight(platform->outerHeight() + 15 * 10);
-    EXPECT_EQ(platform->clientWidth(), client);
-    settle(*platform);
-    EXPECT_EQ(form->width(), client);
 }
 
 TEST_F(WindowTest, EchoesOfEarlierSizesDoNotCount) {
@@ -172,19 +155,6 @@ TEST_F(WindowTest, TheFirstTickShowsTheWindowAndOpensTheCommandLine) {
     EXPECT_EQ(viewer().openmode, 0);
 }
 
-TEST_F(WindowTest, TheFirstShowingInNativeModeMakesTheClientWidth320) {
-    knowSpuGlob();
-    writeSettingsSize1();
-    form->load();
-    QElapsedTimer t;
-    t.start();
-    while (!form->isVisible() && t.elapsed() < 3000) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-    settle(*platform);
-    EXPECT_EQ(form->centralWidget()->width(), 320);
-    EXPECT_EQ(imageSize(), QSize(320, 200));
-    EXPECT_EQ(form->label1()->width(), 320);
-}
-
 TEST_F(WindowTest, OpenFromMenuAndToolbarShowsThePictureSharp) {
     loadAndShow();
     viewer().options.size = 1;
@@ -222,46 +192,7 @@ TEST_F(WindowTest, StretchTakesTheNearestPixel) {
             ASSERT_EQ(shown.pixel(x, y) & 0xFFFFFF, picture.rgb(x / 2, y / 2)) << x << "," << y;
 }
 
-TEST_F(WindowTest, CommandsAreSwitchedOffWhileAnOpenRuns) {
-    loadAndShow();
-    const std::string path = programDir.file("bad.Neo");
-    vtest::writeFile(path, vtest::Bytes(100, 1));
-    bool menusOff = false, toolbarOff = false;
-    platform->onMessage = [&](const ScriptedPlatform::Message&) {
-        menusOff = true;
-        for (int i = 0; i < 4; ++i) menusOff = menusOff && !form->mfile(i)->menuAction()->isEnabled();
-        toolbarOff = !form->toolbar1()->isEnabled();
-    };
-    platform->selectorAnswers.push_back(path);
-    form->toolbarAction("open")->trigger();
-    ASSERT_EQ(platform->messages.size(), 1u);
-    EXPECT_EQ(platform->messages[0].text.rfind("Neo##Sorry a file error has occured.", 0), 0u);
-    EXPECT_TRUE(menusOff);
-    EXPECT_TRUE(toolbarOff);
-    for (int i = 0; i < 4; ++i) EXPECT_TRUE(form->mfile(i)->menuAction()->isEnabled());
-    EXPECT_TRUE(form->toolbar1()->isEnabled());
-}
-
-TEST_F(WindowTest, LaterCommandsDoNothingYet) {
-    loadAndShow();
-    for (const char* key : {"save", "print", "copy", "slide", "invert"}) form->toolbarAction(key)->trigger();
-    for (auto [array, index] : {std::pair{MenuArray::fmenu, 1}, {MenuArray::fmenu, 3}, {MenuArray::mclip, 0},
-                                {MenuArray::medit, 0}, {MenuArray::medit, 4}})
-        form->menuAction(array, index)->trigger();
-    EXPECT_TRUE(platform->messages.empty());
-    EXPECT_TRUE(platform->selectorRuns.empty());
-    EXPECT_TRUE(form->isVisible());
-}
-
 // ---- The open dialog's filters ------------------------------------------------
-
-TEST(NameFilters, EveryEntryOfTheFilterStringBecomesOneFilter) {
-    const QStringList filters = nameFiltersFor(kOpenFilter);
-    ASSERT_EQ(filters.size(), 9);
-    EXPECT_EQ(filters[0].left(16), "Atari Pictures (");
-    EXPECT_EQ(filters[1], "Neochrome Files (*.NEO) (*.[Nn][Ee][Oo])");
-    EXPECT_EQ(filters[8], "Mac Paint (*.MAC) (*.[Mm][Aa][Cc])");
-}
 
 TEST(NameFilters, PatternsMatchInAnyCase) {
     struct Row {
