@@ -26,6 +26,21 @@ void HeadlessPlatform::yield() {
     if (onYield) onYield();
 }
 
+void HeadlessPlatform::runSlideDialog(std::int16_t& slideshowFlag) {
+    ++slideDialogs;
+    const std::string folder = slideFolders.empty() ? std::string() : slideFolders.front();
+    if (!slideFolders.empty()) slideFolders.pop_front();
+    if (folder.empty()) return;
+    files::changeFolder(folder);
+    slideshowFlag = 0;
+}
+
+void HeadlessPlatform::yieldUntil(double deadline) {
+    deadlines.push_back(deadline);
+    yield();
+    clockNow = std::max(clockNow, deadline);
+}
+
 void HeadlessPlatform::runFileSelector(const FileSelector& settings) {
     selectorRuns.push_back(settings);
     if (selectorAnswers.empty()) {

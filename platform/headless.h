@@ -39,6 +39,8 @@ public:
     std::set<std::string> registeredExtensions;
     std::function<void()> onResize;  // called when a set changes the outer size
     std::function<void()> onYield;
+    std::deque<std::string> slideFolders;  // Form3: the folder chosen, then "Start"; "" or none: Cancel
+    double clockNow = 0;                   // seconds
     std::shared_ptr<HeadlessBus> bus;  // null: no session bus, every copy alone
     bool answering = true;             // false: holds the channel but never answers
 
@@ -56,6 +58,9 @@ public:
     std::string fileNameText;
     Picture image;
     std::string label;
+    int slideDialogs = 0;
+    std::vector<double> deadlines;  // of every yieldUntil
+    std::string windowCaption;
     std::string linkTopic = "Form1";
     std::deque<std::string> incoming;  // commands taken, run at the next yield
     std::vector<std::string> sent;
@@ -87,6 +92,12 @@ public:
     void setToolbarEnabled(bool enabled) override { toolbarEnabled = enabled; }
     void setTimerEnabled(bool enabled) override { timerEnabled = enabled; }
     void showWindow() override { shown = true; }
+    void runSlideDialog(std::int16_t& slideshowFlag) override;
+    double clock() override { return clockNow; }
+    // A yield; as no event comes while the model sleeps, the clock then
+    // stands at the deadline.
+    void yieldUntil(double deadline) override;
+    void setWindowCaption(const std::string& text) override { windowCaption = text; }
 
     WindowState windowState() override { return state; }
     int outerWidth() override { return outerW; }

@@ -15,6 +15,7 @@ public:
     void deleteFile(const std::string& path) override;
     void closeAllFiles() override {}
     Picture loadPicture(const std::string& path) override;
+    files::FolderListing listFolder() override { return lister_.list(); }
 
     // Tests point the program folder elsewhere.
     void setProgramFolder(std::string folder) { programFolderOverride_ = std::move(folder); }
@@ -22,6 +23,7 @@ public:
 private:
     std::string programFolderOverride_;
     files::PrivateFolder private_;  // holds the temporary bitmap
+    files::FolderLister lister_;
 };
 
 // The name of the temporary bitmap, in a folder of the running process alone:

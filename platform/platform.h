@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/files.h"
+#include "platform/folders.h"
 #include "platform/picture.h"
 
 namespace velmoric {
@@ -77,6 +78,21 @@ public:
     virtual void setToolbarEnabled(bool enabled) = 0;
     virtual void setTimerEnabled(bool enabled) = 0;  // Timer1
     virtual void showWindow() = 0;
+
+    // ---- Slide show -----------------------------------------------------------
+    // Form3, modal: the user picks a folder, which becomes the process's
+    // current folder. "Start" sets `slideshowFlag` false; every other way
+    // of closing leaves it.
+    virtual void runSlideDialog(std::int16_t& slideshowFlag) = 0;
+    // The normal files of the current folder, sorted bytewise by name.
+    virtual files::FolderListing listFolder() = 0;
+    // Seconds with a fraction from a fixed start; never goes back, whatever
+    // the wall clock does.
+    virtual double clock() = 0;
+    // Lets waiting events run; when none is waiting, sleeps until one comes
+    // or the clock reaches `deadline`.
+    virtual void yieldUntil(double deadline) = 0;
+    virtual void setWindowCaption(const std::string& text) = 0;  // Form1's caption
 
     // ---- Window measures: outer in twips, client and controls in pixels --
     virtual WindowState windowState() = 0;

@@ -9,11 +9,13 @@
 #include <QSettings>
 #include <QStandardPaths>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
 #include "platform/qt/form1.h"
+#include "platform/qt/form3.h"
 #include "platform/qt/handover.h"
 #include "platform/xdg_association.h"
 
@@ -99,7 +101,9 @@ std::string QtPlatform::commandLine() {
 // ---- User interface ---------------------------------------------------------
 
 Answer QtPlatform::messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) {
-    QWidget* parent = form_ && form_->isVisible() ? form_ : nullptr;
+    // Above a modal dialog when one is open, so that its box is not hidden behind it.
+    QWidget* parent = QApplication::activeModalWidget();
+    if (!parent) parent = form_ && form_->isVisible() ? form_ : nullptr;
     QMessageBox box(boxIcon(icon), QString::fromStdString(title), displayText(text), QMessageBox::NoButton, parent);
     box.setTextFormat(Qt::PlainText);
     if (buttons == Buttons::YesNo) {
@@ -177,6 +181,35 @@ void QtPlatform::setTimerEnabled(bool enabled) {
 
 void QtPlatform::showWindow() {
     if (form_) form_->show();
+}
+
+void QtPlatform::runSlideDialog(std::int16_t& slideshowFlag) {
+    // Built at each opening; nothing of it stays after it closes.
+    Form3 dialog(*this, slideshowFlag, form_ && form_->isVisible() ? form_ : nullptr);
+    dialog.exec();
+}
+
+double QtPlatform::clock() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+void QtPlatform::yieldUntil(double deadline) {
+    const double left = deadline - clock();
+    if (left <= 0) {
+        QCoreApplication::processEvents();
+        return;
+    }
+    // The timer wakes the sleeping event loop at the deadline when no other
+    // event has come before it.
+    QTimer wake;
+    wake.setSingleShot(true);
+    wake.setTimerType(Qt::PreciseTimer);
+    wake.start(std::chrono::milliseconds(std::int64_t(std::ceil(left * 1000))));
+    QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents);
+}
+
+void QtPlatform::setWindowCaption(const std::string& text) {
+    if (form_) form_->setWindowTitle(QString::fromStdString(text));
 }
 
 // ---- Window measures --------------------------------------------------------

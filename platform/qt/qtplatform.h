@@ -50,6 +50,10 @@ public:
     void setToolbarEnabled(bool enabled) override;
     void setTimerEnabled(bool enabled) override;
     void showWindow() override;
+    void runSlideDialog(std::int16_t& slideshowFlag) override;
+    double clock() override;
+    void yieldUntil(double deadline) override;
+    void setWindowCaption(const std::string& text) override;
 
     WindowState windowState() override;
     int outerWidth() override;
