@@ -51,6 +51,20 @@ void HeadlessPlatform::runFileSelector(const FileSelector& settings) {
     selectorAnswers.pop_front();
 }
 
+void HeadlessPlatform::runSaveDialog(const SaveDialogSettings& settings) {
+    saveRuns.push_back(settings);
+    fileNameText = settings.fileName;
+    if (saveAnswers.empty()) return;
+    fileNameText = saveAnswers.front();
+    saveAnswers.pop_front();
+}
+
+bool HeadlessPlatform::runPrintDialog(const PrintDialogSettings& settings) {
+    printRuns.push_back(settings);
+    if (!printFailure.empty()) throw PlatformError("printer", printFailure);
+    return !printCancels;
+}
+
 void HeadlessPlatform::setMenuEnabled(int index, bool enabled) {
     if (index >= 0 && index < 4) menuEnabled[index] = enabled;
 }

@@ -44,7 +44,24 @@ public:
     std::shared_ptr<HeadlessBus> bus;  // null: no session bus, every copy alone
     bool answering = true;             // false: holds the channel but never answers
 
+    std::deque<std::string> saveAnswers;  // for the save dialog; empty: cancel
+    // The printer: a dialog that is cancelled or fails with a text, and its page.
+    bool printCancels = false;
+    std::string printFailure;  // not empty: the dialog fails with this text
+    int pageWidth = 4960, pageHeight = 7016;
+
     // ---- what tests read ------------------------------------------------------
+    struct Printed {
+        Picture picture;
+        int left, top;
+        double width, height;
+    };
+    std::vector<SaveDialogSettings> saveRuns;
+    std::optional<Picture> clipboard;  // empty when cleared
+    int clipboardClears = 0;
+    std::vector<PrintDialogSettings> printRuns;
+    std::vector<Printed> printed;
+    int documentsEnded = 0;
     std::vector<Message> messages;
     std::vector<FileSelector> selectorRuns;
     std::vector<Association> associationsWritten;
@@ -115,6 +132,20 @@ public:
                                            const std::string& key) override;
     void writeSetting(const std::string& app, const std::string& section, const std::string& key,
                       const std::string& value) override;
+
+    void runSaveDialog(const SaveDialogSettings& settings) override;
+    void clearClipboard() override {
+        clipboard.reset();
+        ++clipboardClears;
+    }
+    void setClipboardPicture(const Picture& picture) override { clipboard = picture; }
+    bool runPrintDialog(const PrintDialogSettings& settings) override;
+    int printerWidth() override { return pageWidth; }
+    int printerHeight() override { return pageHeight; }
+    void printPicture(const Picture& picture, int left, int top, double width, double height) override {
+        printed.push_back({picture, left, top, width, height});
+    }
+    void endDocument() override { ++documentsEnded; }
 
     bool extensionRegistered(const std::string& extension) override;
     void registerAssociation(const Association& association) override;

@@ -33,4 +33,11 @@ Picture LocalFilesPlatform::loadPicture(const std::string& path) {
     }
 }
 
+// The bytes the picture was loaded from: a 16-colour picture stays a 4-bit
+// bitmap, and an inverted one leaves inverted.
+void LocalFilesPlatform::savePicture(const Picture& picture, const std::string& path) {
+    if (picture.empty()) throw PlatformError(path, "there is no picture to save");
+    files::replaceAtomically(path, picture.bytes());
+}
+
 }  // namespace velmoric

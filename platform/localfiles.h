@@ -15,6 +15,7 @@ public:
     void deleteFile(const std::string& path) override;
     void closeAllFiles() override {}
     Picture loadPicture(const std::string& path) override;
+    void savePicture(const Picture& picture, const std::string& path) override;
     files::FolderListing listFolder() override { return lister_.list(); }
 
     // Tests point the program folder elsewhere.

@@ -30,6 +30,22 @@ struct FileSelector {
     std::string title;
 };
 
+// What the save dialog is asked to show.
+struct SaveDialogSettings {
+    int flags = 0;  // 2 ask before overwriting, 4 hide the read-only box, 0x800 the path must exist
+    std::string filter;
+    int filterIndex = 1;
+    std::string fileName;          // the name it starts with
+    std::string defaultExtension;  // added to a name chosen without one
+    std::string title;
+};
+
+// What the print dialog is asked to show.
+struct PrintDialogSettings {
+    int flags = 0;
+    int orientation = 1;  // 1 portrait, 2 landscape
+};
+
 // The file association: which types the viewer opens and how it is started.
 struct AssociationType {
     std::string extension;  // small letters, without dot: "neo"
@@ -106,6 +122,26 @@ public:
     virtual int imageTop() = 0;
     virtual void setImageSize(int width, int height) = 0;
     virtual void setLabelWidth(int width) = 0;
+
+    // ---- Output: save dialog, clipboard, printer ---------------------------
+    // Runs the save dialog; leaves the chosen path in fileName(), or the
+    // settings' file name when the user cancels.
+    virtual void runSaveDialog(const SaveDialogSettings& settings) = 0;
+    // Writes the picture's bitmap bytes to a file the user chose, in one
+    // step: a failure leaves no damaged file under the name.
+    virtual void savePicture(const Picture& picture, const std::string& path) = 0;
+    virtual void clearClipboard() = 0;
+    virtual void setClipboardPicture(const Picture& picture) = 0;
+    // Runs the print dialog and keeps the printer chosen; false when the
+    // user cancelled. Other failures throw.
+    virtual bool runPrintDialog(const PrintDialogSettings& settings) = 0;
+    // The page of that printer in its own units.
+    virtual int printerWidth() = 0;
+    virtual int printerHeight() = 0;
+    // Draws the whole picture scaled into the rectangle, without smoothing.
+    virtual void printPicture(const Picture& picture, int left, int top, double width, double height) = 0;
+    // Ends the document, which sends the page.
+    virtual void endDocument() = 0;
 
     // ---- Settings store ---------------------------------------------------
     virtual std::optional<std::string> readSetting(const std::string& app, const std::string& section,

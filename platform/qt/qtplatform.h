@@ -15,6 +15,7 @@ namespace velmoric::qt {
 
 class Form1;
 class Handover;
+class PrintJob;
 
 // Turns "Description|pattern;pattern|Description|pattern" into the name
 // filters of a file dialog. Every letter of a pattern matches in either case,
@@ -72,6 +73,16 @@ public:
     void writeSetting(const std::string& app, const std::string& section, const std::string& key,
                       const std::string& value) override;
 
+    // The save dialog, the clipboard and the printer (output.cpp).
+    void runSaveDialog(const SaveDialogSettings& settings) override;
+    void clearClipboard() override;
+    void setClipboardPicture(const Picture& picture) override;
+    bool runPrintDialog(const PrintDialogSettings& settings) override;
+    int printerWidth() override;
+    int printerHeight() override;
+    void printPicture(const Picture& picture, int left, int top, double width, double height) override;
+    void endDocument() override;
+
     bool extensionRegistered(const std::string& extension) override;
     void registerAssociation(const Association& association) override;
 
@@ -120,6 +131,8 @@ private:
     bool resizing_ = false;         // inside a resize this platform asked for
     QSize refused_;
     QTimer expiry_;
+    // The printer chosen in the print dialog, until its document ends.
+    std::shared_ptr<PrintJob> printJob_;
 };
 
 }  // namespace velmoric::qt
