@@ -3,6 +3,9 @@
 #include <algorithm>
 
 #include "options/association.h"
+#include "tools/monoinvert.h"
+#include "tools/printpic.h"
+#include "tools/savepic.h"
 
 namespace velmoric {
 
@@ -20,10 +23,6 @@ std::string commandLineName(const std::string& cmd) {
 std::string fileErrorText(const std::string& extension, const std::string& commandLine) {
     return extension + "#" + commandLine + "#Sorry a file error has occured." + "\n" +
            "Probably an incorrect file type or invalid picture file.";
-}
-
-std::string errorBoxText(const std::string& systemText) {
-    return std::string("Sorry an error has occured.\nThe system reports the following.\n") + systemText;
 }
 
 Viewer::Viewer(Platform& platform) : ui(platform), staging(std::make_unique<Staging>()) {
@@ -96,7 +95,7 @@ void Viewer::menuson() {
 }
 
 void Viewer::showErrorBox(const std::string& systemText) {
-    ui.messageBox(errorBoxText(systemText), "Error.", Buttons::Ok, Icon::Exclamation);
+    velmoric::showErrorBox(ui, systemText);
 }
 
 void Viewer::runDecoder(const Format& format) {
@@ -202,9 +201,23 @@ void Viewer::showAbout() {
                   "About.", Buttons::Ok, Icon::Information);
 }
 
+void Viewer::savepic() { tools::savepic(ui, nopicture, saved); }
+
+void Viewer::printpic() { tools::printpic(ui, options.orientation, options.printscale); }
+
+void Viewer::copypic() { tools::copypic(ui); }
+
+void Viewer::monoinvert() {
+    menusoff();
+    tools::monoinvert(ui, *staging, kind, saved);
+    menuson();
+}
+
 void Viewer::fmenu_Click(int index) {
     switch (index) {
     case 0: openpic(); break;
+    case 1: savepic(); break;
+    case 3: printpic(); break;
     case 5:
         if (unloadRequest) unloadRequest();
         break;
@@ -217,6 +230,8 @@ void Viewer::medit_Click(int index) {
         if (optionsDialog) optionsDialog();
         // `size` may have changed in the dialog.
         Form_Resize();
+    } else if (index == 4) {
+        monoinvert();
     }
 }
 
@@ -231,6 +246,14 @@ void Viewer::mhelp_Click(int index) {
 void Viewer::toolbarClick(const std::string& key) {
     if (key == "open") {
         openpic();
+    } else if (key == "save") {
+        savepic();
+    } else if (key == "print") {
+        printpic();
+    } else if (key == "copy") {
+        copypic();
+    } else if (key == "invert") {
+        monoinvert();
     } else if (key == "pref") {
         medit_Click(2);
     } else if (key == "help") {

@@ -13,6 +13,7 @@
 #include "options/options.h"
 #include "platform/platform.h"
 #include "shell/formats.h"
+#include "tools/errorbox.h"
 
 namespace velmoric {
 
@@ -33,7 +34,6 @@ std::string commandLineName(const std::string& cmd);
 // The text of the box when a name has no decoder or the decoder rejects it.
 std::string fileErrorText(const std::string& extension, const std::string& commandLine);
 // The text of the box for an error the platform reports.
-std::string errorBoxText(const std::string& systemText);
 
 class Viewer {
 public:
@@ -80,8 +80,14 @@ public:
     void fmenu_Click(int index);
     void medit_Click(int index);
     void mhelp_Click(int index);
+    void mclip_Click() { copypic(); }
     void toolbarClick(const std::string& key);
     void showAbout();
+    // What is done with the picture on show.
+    void savepic();
+    void printpic();
+    void copypic();
+    void monoinvert();
 
     // Set by the window to carry out what the core cannot do alone: unload
     // the main window, show the options dialog, show the help window

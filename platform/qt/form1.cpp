@@ -155,7 +155,7 @@ void Form1::menuItemClicked(const MenuItem& item) {
     if (!mfile_.at(std::size_t(item.top))->menuAction()->isEnabled()) return;
     switch (item.array) {
     case MenuArray::fmenu: viewer_.fmenu_Click(item.index); break;
-    case MenuArray::mclip: break;  // copying to the clipboard is not built yet
+    case MenuArray::mclip: viewer_.mclip_Click(); break;
     case MenuArray::medit: viewer_.medit_Click(item.index); break;
     case MenuArray::mhelp: viewer_.mhelp_Click(item.index); break;
     }
