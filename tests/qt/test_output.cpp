@@ -1,0 +1,165 @@
+// The real save dialog, clipboard and printer behind the window's commands,
+// answered by a timer that finds the dialog on screen. Printed pages go to
+// PDF files and come back as pixels through pdftoppm (poppler-utils).
+#include <QAbstractButton>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPrintDialog>
+#include <QPrinter>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTimer>
+
+#include "window_fixture.h"
+
+using namespace vqt;
+
+namespace {
+
+// Runs `answer` on the modal dialog of that type as soon as it is on top.
+template <typename Dialog>
+void whenOpen(std::function<void(Dialog*)> answer) {
+    auto* timer = new QTimer;
+    QObject::connect(timer, &QTimer::timeout, [timer, answer] {
+        if (auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget())) {
+            timer->deleteLater();
+            timer->stop();
+            answer(dialog);
+        }
+    });
+    timer->start(10);
+}
+
+void acceptLater(QDialog* dialog) { QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection); }
+
+struct OutputTest : WindowTest {
+    vtest::TempDir files;
+    vtest::Bytes open(const char* ext) {
+        const std::string path = files.file(std::string("picture.") + ext);
+        vtest::writeFile(path, vtest::randomBytes(32034, 5));
+        platform->setFileName(path);
+        viewer().openmode = 2;
+        viewer().openpic();
+        viewer().openmode = 0;
+        return form->image1()->picture().bytes();
+    }
+};
+
+TEST_F(OutputTest, TheSaveDialogWantsAnExistingFolderAndAddsBMPToANameWithoutExtension) {
+    loadAndShow();
+    const vtest::Bytes bitmap = open("PI1");
+    QString title, filter, refusal;
+    whenOpen<QFileDialog>([&](QFileDialog* dialog) {
+        title = dialog->windowTitle();
+        filter = dialog->selectedNameFilter();
+        dialog->setDirectory(QString::fromStdString(files.path().string()));
+        dialog->findChild<QLineEdit*>("fileNameEdit")->setText("missing/picture");
+        acceptLater(dialog);
+        whenOpen<QMessageBox>([&](QMessageBox* box) {
+            refusal = box->text();
+            box->button(QMessageBox::Ok)->click();
+            whenOpen<QFileDialog>([&](QFileDialog* dialog) {
+                dialog->findChild<QLineEdit*>("fileNameEdit")->setText("picture");
+                acceptLater(dialog);
+            });
+        });
+    });
+    form->menuAction(MenuArray::fmenu, 1)->trigger();
+    EXPECT_EQ(title + "|" + filter, "Save picture as.|Windows Bitmap (*.BMP)");
+    EXPECT_TRUE(refusal.contains("Path does not exist")) << refusal.toStdString();
+    EXPECT_EQ(vtest::readFile(files.file("picture.BMP")), bitmap);
+    EXPECT_EQ(viewer().saved, kTrue);
+}
+
+TEST_F(OutputTest, CopyPutsThePicturesPixelsAndItsBitmapOnTheClipboard) {
+    loadAndShow();
+    for (const bool startup : {true, false}) {
+        if (!startup) open("PI3");
+        const auto flags = std::make_tuple(viewer().saved, viewer().nopicture);
+        form->toolbarAction("copy")->trigger();
+        const QMimeData* data = QGuiApplication::clipboard()->mimeData();
+        const Picture& picture = form->image1()->picture();
+        const QImage image = qvariant_cast<QImage>(data->imageData()).convertToFormat(QImage::Format_RGB32);
+        ASSERT_EQ(image.size(), QSize(picture.width(), picture.height()));
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x) ASSERT_EQ(image.pixel(x, y) & 0xFFFFFF, picture.rgb(x, y));
+        const QByteArray bmp = data->data("image/bmp");
+        EXPECT_EQ(vtest::Bytes(bmp.begin(), bmp.end()), picture.bytes());
+        EXPECT_EQ(std::make_tuple(viewer().saved, viewer().nopicture), flags);
+    }
+}
+
+// Sets the dialog's PDF printer on `pdf`: through the dialog's own fields,
+// or (`direct`) on the printer behind a dialog closed with OK, as when no
+// printer can be chosen.
+void printTo(const QString& pdf, bool direct = false, QPageLayout::Orientation* shown = nullptr) {
+    whenOpen<QPrintDialog>([=](QPrintDialog* dialog) {
+        if (shown) *shown = dialog->printer()->pageLayout().orientation();
+        if (direct) {
+            dialog->printer()->setOutputFileName(pdf);
+            dialog->done(QDialog::Accepted);
+            return;
+        }
+        auto* printers = dialog->findChild<QComboBox*>("printers");
+        printers->setCurrentIndex(printers->findText("Print to File (PDF)"));
+        dialog->findChild<QLineEdit*>("filename")->setText(pdf);
+        acceptLater(dialog);
+    });
+}
+
+TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientation) {
+    const QString pdftoppm = QStandardPaths::findExecutable("pdftoppm");
+    ASSERT_FALSE(pdftoppm.isEmpty()) << "pdftoppm is missing: run scripts/deps (poppler-utils)";
+    loadAndShow();
+    open("PI1");
+    const Picture& picture = form->image1()->picture();
+    for (const auto& [orientation, scale] : {std::pair{0, 100}, {1, 100}, {0, 5}, {1, 5}}) {
+        viewer().options.orientation = std::int16_t(orientation);
+        viewer().options.printscale = std::int16_t(scale);
+        const QString pdf = QString::fromStdString(files.file("page.pdf")), png = pdf + ".png";
+        QPageLayout::Orientation shown{};
+        printTo(pdf, false, &shown);
+        form->toolbarAction("print")->trigger();
+        EXPECT_EQ(shown, orientation == 0 ? QPageLayout::Landscape : QPageLayout::Portrait);
+        ASSERT_EQ(QProcess::execute(pdftoppm, {"-r", "200", "-png", "-singlefile", pdf, pdf}), 0);
+        const QImage page(png);
+        // Every ST colour is darker than the paper: the picture is what is not white.
+        QRect box;
+        for (int y = 0; y < page.height(); ++y)
+            for (int x = 0; x < page.width(); ++x)
+                if ((page.pixel(x, y) & 0xFFFFFF) != 0xFFFFFF) box |= QRect(x, y, 1, 1);
+        const double w = page.width() * 0.009 * scale, h = 0.625 * w, left = (page.width() - w) / 2,
+                     top = (page.height() - h) / 2;
+        EXPECT_EQ(page.width() > page.height(), orientation == 0);
+        // Within the pixels an edge may partly cover.
+        EXPECT_NEAR(box.left(), left, 1.5) << orientation << " " << scale;
+        EXPECT_NEAR(box.top(), top, 1.5);
+        EXPECT_NEAR(box.width(), w, 2);
+        EXPECT_NEAR(box.height(), h, 2);
+        // The whole picture, pixel for pixel: the middle of each one's place.
+        for (int y = 0; scale == 100 && y < 200; ++y)
+            for (int x = 0; x < 320; ++x)
+                ASSERT_EQ(page.pixel(int(left + (x + 0.5) * w / 320), int(top + (y + 0.5) * h / 200)) & 0xFFFFFF,
+                          picture.rgb(x, y)) << x << "," << y;
+        QFile::remove(pdf), QFile::remove(png);
+    }
+    EXPECT_TRUE(platform->messages.empty());
+
+    // A cancel prints nothing and shows nothing; a printer that cannot take
+    // the document shows the error box.
+    const std::string missing = files.file("missing/page.pdf");
+    whenOpen<QPrintDialog>([](QPrintDialog* dialog) { dialog->reject(); });
+    form->menuAction(MenuArray::fmenu, 3)->trigger();
+    EXPECT_TRUE(platform->messages.empty());
+    printTo(QString::fromStdString(missing), true);
+    form->menuAction(MenuArray::fmenu, 3)->trigger();
+    ASSERT_EQ(platform->messages.size(), 1u);
+    EXPECT_EQ(platform->messages[0].text, errorBoxText(missing + ": cannot start printing"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(files.path()), {}), 1) << "the picture alone";
+}
+
+}  // namespace
