@@ -6,6 +6,7 @@
 #include "tools/monoinvert.h"
 #include "tools/printpic.h"
 #include "tools/savepic.h"
+#include "tools/slideshow.h"
 
 namespace velmoric {
 
@@ -213,6 +214,21 @@ void Viewer::monoinvert() {
     menuson();
 }
 
+void Viewer::slideshow() {
+    tools::ShowWindow window{ui,
+                             options,
+                             kind,
+                             saved,
+                             nopicture,
+                             badfile,
+                             stop,
+                             [this] { menusoff(); },
+                             [this] { menuson(); },
+                             [this] { Form_Resize(); },
+                             [this](const Format& format) { runDecoder(format); }};
+    tools::slideshow(window);
+}
+
 void Viewer::fmenu_Click(int index) {
     switch (index) {
     case 0: openpic(); break;
@@ -226,7 +242,9 @@ void Viewer::fmenu_Click(int index) {
 }
 
 void Viewer::medit_Click(int index) {
-    if (index == 2) {
+    if (index == 0) {
+        slideshow();
+    } else if (index == 2) {
         if (optionsDialog) optionsDialog();
         // `size` may have changed in the dialog.
         Form_Resize();
@@ -254,6 +272,8 @@ void Viewer::toolbarClick(const std::string& key) {
         copypic();
     } else if (key == "invert") {
         monoinvert();
+    } else if (key == "slide") {
+        slideshow();
     } else if (key == "pref") {
         medit_Click(2);
     } else if (key == "help") {

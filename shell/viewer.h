@@ -88,6 +88,8 @@ public:
     void printpic();
     void copypic();
     void monoinvert();
+    // The slide show over a folder chosen in Form3; returns when it has ended.
+    void slideshow();
 
     // Set by the window to carry out what the core cannot do alone: unload
     // the main window, show the options dialog, show the help window
