@@ -1,0 +1,233 @@
+// The slide show in the real window under the offscreen platform: Form3 on
+// its own, then whole shows over temporary folders with Form3 answered by
+// the test as it comes up.
+#include <QComboBox>
+#include <QListWidget>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QStorageInfo>
+#include <QTimer>
+
+#include "platform/qt/form3.h"
+#include "window_fixture.h"
+
+using namespace vqt;
+namespace fs = std::filesystem;
+
+namespace {
+
+// A click of the left button, as events that come through the event loop.
+void click(QWidget* widget) {
+    for (const QEvent::Type type : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
+        QCoreApplication::postEvent(widget, new QMouseEvent(type, QPointF(2, 2), widget->mapToGlobal(QPointF(2, 2)),
+                                                            Qt::LeftButton, Qt::LeftButton, Qt::NoModifier));
+}
+
+QStringList texts(const QListWidget* list) {
+    QStringList out;
+    for (int i = 0; i < list->count(); ++i) out << list->item(i)->text();
+    return out;
+}
+
+QString qpath(const fs::path& path) { return QString::fromStdString(path.string()); }
+
+// Notes each file whose picture reaches Image1, and when.
+class ShowPlatform : public ScriptedPlatform {
+public:
+    std::vector<std::string> shown;
+    std::vector<double> times;
+    std::function<void()> onPicture;
+    int saveDialogs = 0;  // each one cancelled
+
+    void setPicture(const Picture& picture) override {
+        ScriptedPlatform::setPicture(picture);
+        shown.push_back(fileName());
+        times.push_back(clock());
+        if (onPicture) onPicture();
+    }
+    void runSaveDialog(const SaveDialogSettings&) override { ++saveDialogs, setFileName(""); }
+};
+
+struct SlideShowTest : WindowTest {
+    vtest::TempDir folder;
+    fs::path before = fs::current_path();
+    ShowPlatform* show = nullptr;
+
+    void TearDown() override {
+        fs::current_path(before);
+        WindowTest::TearDown();
+    }
+    // A fresh window on screen with `names` in the folder; a name ending in
+    // "spu" holds a file one byte short of a Spectrum picture.
+    void ready(const std::vector<std::string>& names, int delay, int repeat) {
+        auto scripted = std::make_unique<ShowPlatform>();
+        scripted->setProgramFolder(programDir.path().string());
+        show = scripted.get();
+        form.reset();
+        platform = std::move(scripted);
+        form = std::make_unique<Form1>(*platform);
+        for (const std::string& name : names)
+            vtest::writeFile(folder.file(name), vtest::randomBytes(name.ends_with("spu") ? 51103 : 32128, 1));
+        loadAndShow();
+        viewer().options.delay = std::int16_t(delay);
+        viewer().options.repeat = std::int16_t(repeat);
+        platform->log.clear();
+    }
+    // The show by `command`, Form3 answered with the folder and "Start".
+    // Returns the clock when the show has ended.
+    double run(QAction* command = nullptr) {
+        QTimer::singleShot(0, [this] {
+            auto* f = qobject_cast<Form3*>(QApplication::activeModalWidget());
+            f->setDir1Path(qpath(folder.path()));
+            f->command1()->click();
+        });
+        (command ? command : form->menuAction(MenuArray::medit, 0))->trigger();
+        return platform->clock();
+    }
+    bool ended() const {
+        for (int i = 0; i < 4; ++i)
+            if (!form->mfile(i)->menuAction()->isEnabled()) return false;
+        return form->toolbar1()->isEnabled() && form->windowTitle() == "Velmoric Picture Viewer." &&
+               form->viewer().stop == kTrue;
+    }
+};
+
+TEST_F(SlideShowTest, Form3StandsAsDesignedAndTheCurrentFolderFollowsIt) {
+    fs::create_directories(folder.path() / "b" / "inner");
+    fs::create_directories(folder.path() / "A");
+    fs::create_directories(folder.path() / ".hidden");
+    fs::current_path(folder.path());
+    std::int16_t flag = -1;
+    Form3 f(*platform, flag, form.get());
+    f.show();
+    EXPECT_EQ(f.windowTitle(), "Select Slides.");
+    EXPECT_EQ(QRect(f.pos(), f.size()), QRect(277, 234, 296, 198)) << "4155, 3510, 4440 by 2970 twips";
+    EXPECT_FALSE(f.windowFlags() & (Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint));
+    EXPECT_EQ(f.palette().color(QPalette::Window), QColor(0xC0C0C0));
+    EXPECT_EQ(f.drive1()->geometry(), QRect(72, 8, 145, 21));
+    EXPECT_EQ(f.dir1()->geometry(), QRect(8, 40, 281, 96));
+    EXPECT_EQ(f.command1()->geometry(), QRect(32, 152, 81, 33));
+    EXPECT_EQ(f.command2()->geometry(), QRect(184, 152, 81, 33));
+    EXPECT_EQ(f.command1()->text() + f.command2()->text(), "StartCancel");
+    QWidget* focus = f.drive1();
+    for (QWidget* next : std::initializer_list<QWidget*>{f.dir1(), f.command1(), f.command2(), f.drive1()}) {
+        do focus = focus->nextInFocusChain();
+        while (focus->focusPolicy() == Qt::NoFocus);
+        EXPECT_EQ(focus, next) << "the Tab key goes Drive1, Dir1, Start, Cancel and round";
+    }
+
+    EXPECT_EQ(f.drive1()->itemText(0), "/");
+    EXPECT_EQ(f.drive1()->currentText(), QStorageInfo(qpath(folder.path())).rootPath());
+    const QStringList listed = QStringList{"/"} + qpath(folder.path()).split('/', Qt::SkipEmptyParts) + QStringList{"A", "b"};
+    EXPECT_EQ(texts(f.dir1()), listed) << "parents above, sub-folders below, no hidden ones";
+    EXPECT_EQ(f.dir1()->currentItem()->text(), qpath(folder.path().filename()));
+
+    const auto choose = [&](const QString& text) {
+        emit f.dir1()->itemActivated(f.dir1()->findItems(text, Qt::MatchExactly).value(0));
+        QCoreApplication::processEvents();
+    };
+    choose("b");
+    EXPECT_EQ(fs::current_path(), folder.path() / "b");
+    EXPECT_EQ(texts(f.dir1()).mid(listed.size() - 2), (QStringList{"b", "inner"}));
+    fs::remove_all(folder.path() / "b");
+    choose("inner");
+    f.drive1()->addItem("/velmoric-gone");
+    f.drive1()->setCurrentIndex(f.drive1()->count() - 1);
+    EXPECT_EQ(platform->messages.size(), 2u);
+    for (const auto& message : platform->messages) {
+        EXPECT_EQ(message.title, "Error.");
+        EXPECT_TRUE(message.text.ends_with(": cannot change to this folder: No such file or directory")) << message.text;
+    }
+    EXPECT_EQ(f.drive1()->currentText(), QStorageInfo(qpath(folder.path())).rootPath());
+    EXPECT_EQ(texts(f.dir1()).mid(listed.size() - 2), (QStringList{"b", "inner"})) << "both lists as they were";
+    EXPECT_TRUE(f.isVisible());
+}
+
+TEST_F(SlideShowTest, CancelAndTheCloseBoxLeaveTheFlagThatOnlyStartClears) {
+    for (const bool cancel : {true, false}) {
+        std::int16_t flag = -1;
+        Form3 f(*platform, flag, form.get());
+        f.show();
+        cancel ? f.command2()->click() : void(f.close());
+        EXPECT_FALSE(f.isVisible());
+        EXPECT_EQ(flag, -1);
+    }
+}
+
+TEST_F(SlideShowTest, EachPictureStaysItsDelayAndOtherFilesPassAtOnce) {
+    ready({"a.neo", "b.txt", "c", "d.pi1", "e.txt"}, 1, 0);
+    show->onPicture = [&] { EXPECT_EQ(form->windowTitle(), "Slide show. Click on picture to stop."); };
+    const double end = run();
+    ASSERT_EQ(show->shown, (std::vector<std::string>{"a.neo", "d.pi1"}));
+    for (double wait : {show->times[1] - show->times[0], end - show->times[1]}) {
+        EXPECT_GE(wait, 1.0);
+        EXPECT_LT(wait, 1.25) << "the other files take no time";
+    }
+    EXPECT_TRUE(form->label1()->text().startsWith("D.PI1  "));
+    EXPECT_TRUE(platform->messages.empty());
+    EXPECT_TRUE(ended()) << "the caption is back";
+}
+
+TEST_F(SlideShowTest, TheCloseBoxDoesNothingAndAClickEndsTheWaitWithin50Milliseconds) {
+    ready({"a.neo"}, 5, 1);
+    bool visible = false;
+    double clicked = 0;
+    QTimer::singleShot(400, [&] {
+        form->close();
+        visible = form->isVisible();
+        clicked = platform->clock();
+        click(form->image1());
+    });
+    EXPECT_LT(run() - clicked, 0.05);
+    EXPECT_TRUE(visible);
+    EXPECT_TRUE(platform->messages.empty());
+    for (const std::string& line : platform->log) EXPECT_FALSE(line.starts_with("write ")) << line;
+    EXPECT_TRUE(ended());
+}
+
+TEST_F(SlideShowTest, NoPicturesAndFailuresEndTheShowWithTheirBoxAndLeaveThePictureBefore) {
+    const std::string fileError =
+        "Sorry a file error has occured.\nProbably an incorrect file type or invalid picture file.";
+    const struct {
+        std::vector<std::string> files;
+        bool removeDuringWait;
+        std::string title, text;
+    } rows[] = {{{"a.Neo", "b.txt"}, false, "No Pictures.", "There are no Atari picture files in this directory."},
+                {{"a.neo", "b.spu", "c.neo"}, false, "Error.", fileError},
+                {{"a.neo", "b.spu"}, true, "Error.", errorBoxText("a.neo: the file has left the folder during the slide show")}};
+    for (const auto& row : rows) {
+        ready(row.files, 0, 1);
+        show->onPicture = [&] {
+            if (row.removeDuringWait) fs::remove(folder.file("a.neo"));
+        };
+        run();
+        ASSERT_EQ(platform->messages.size(), 1u);
+        EXPECT_EQ(platform->messages[0].title, row.title);
+        EXPECT_EQ(platform->messages[0].text, row.text);
+        EXPECT_EQ(platform->messages[0].icon, Icon::Exclamation);
+        const bool pictures = row.title == "Error.";
+        EXPECT_EQ(show->shown, pictures ? std::vector<std::string>{"a.neo"} : std::vector<std::string>{});
+        EXPECT_EQ(form->label1()->text().startsWith("A.NEO  "), pictures) << "the picture before stays";
+        EXPECT_TRUE(ended());
+        for (const std::string& name : row.files) fs::remove(folder.file(name));
+    }
+}
+
+TEST_F(SlideShowTest, OnlyAFullWaitLeavesAPictureToSaveAndToWarnAbout) {
+    for (const bool stopAtOnce : {true, false}) {
+        ready({"a.neo"}, stopAtOnce ? 5 : 0, 0);
+        viewer().options.save = 1;
+        show->onPicture = [&] {
+            if (stopAtOnce) click(form->image1());
+        };
+        run();
+        viewer().fmenu_Click(1);
+        EXPECT_EQ(show->saveDialogs, stopAtOnce ? 0 : 1) << "save refuses the start-up picture";
+        form->close();
+        const bool warned = std::any_of(platform->messages.begin(), platform->messages.end(),
+                                        [](const auto& m) { return m.title == "Warning."; });
+        EXPECT_EQ(warned, !stopAtOnce);
+    }
+}
+
+}  // namespace
