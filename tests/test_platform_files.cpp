@@ -73,7 +73,9 @@ TEST(Files, TemporaryBitmapIsNeverWrittenThroughWhatIsPlantedThere) {
         EXPECT_TRUE(ui.messages.empty()) << int(planted);
         EXPECT_EQ(ui.image.bytes(), decodeFile(picture).bitmap) << int(planted);
         EXPECT_EQ(fs::exists(target), planted == Planted::LinkToUsersFile) << int(planted);
-        if (planted == Planted::LinkToUsersFile) EXPECT_EQ(vtest::readFile(target), keys);
+        if (planted == Planted::LinkToUsersFile) {
+            EXPECT_EQ(vtest::readFile(target), keys);
+        }
         EXPECT_FALSE(fs::exists(fs::symlink_status(temporary)));
     }
 }
@@ -159,7 +161,8 @@ TEST_F(ConvertFiles, ALinkAtTheOutputNameIsReplacedNotFollowed) {
 // A disk that fills up during the write, made by a file size limit in a
 // child process: the converter reports it and leaves no file, whole or part.
 TEST_F(ConvertFiles, AFullDiskLeavesNoPartialFile) {
-    for (const char* name : {"p.neo", "q.spu"}) vtest::writeFile(dir.file(name), vtest::randomBytes(std::string(name) == "p.neo" ? 32128 : 51104, 7));
+    vtest::writeFile(dir.file("p.neo"), vtest::randomBytes(32128, 7));
+    vtest::writeFile(dir.file("q.spu"), vtest::randomBytes(51104, 8));
     fs::create_directories(dir.file("out"));
     for (const char* format : {"bmp", "png"}) {
         const pid_t child = ::fork();
