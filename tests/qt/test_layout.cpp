@@ -65,33 +65,6 @@ TEST_F(WindowTest, FreeModeKeepsTheOuterWidthAtLeast3600Twips) {
     EXPECT_EQ(platform->clientWidth(), 320) << "native mode has no minimum";
 }
 
-TEST_F(WindowTest, EchoesOfEarlierSizesDoNotCount) {
-    loadAndShow();
-    // Minimised, the layout leaves the sizes set here alone.
-    form->showMinimized();
-    settle(*platform);
-    const QSize start = form->size();
-    platform->setOuterWidth(platform->outerWidth() + 150);
-    platform->setOuterHeight(platform->outerHeight() + 150);
-    const QSize first(start.width() + 10, start.height()), second(start.width() + 10, start.height() + 10);
-    EXPECT_EQ(form->size(), second);
-    EXPECT_FALSE(platform->settled());
-
-    // The window system confirms the first step late: the layout must not run on it.
-    platform->windowSystemReported(first);
-    EXPECT_FALSE(platform->windowSizeReported(first));
-    EXPECT_EQ(platform->clientWidth(), second.width());
-    EXPECT_FALSE(platform->settled());
-    platform->windowSystemReported(second);
-    EXPECT_TRUE(platform->windowSizeReported(second));
-    EXPECT_TRUE(platform->settled());
-
-    platform->setOuterWidth(platform->outerWidth() + 150);
-    platform->windowSystemReported(QSize(77, 77));
-    EXPECT_TRUE(platform->windowSizeReported(QSize(77, 77))) << "a size from elsewhere counts at once";
-    EXPECT_TRUE(platform->settled());
-}
-
 TEST_F(WindowTest, MaximisedNativeShowsTheNativeSizeWithoutResizingTheWindow) {
     loadAndShow();
     viewer().options.size = 1;
@@ -153,30 +126,6 @@ TEST_F(WindowTest, TheFirstTickShowsTheWindowAndOpensTheCommandLine) {
     EXPECT_EQ(form->label1()->text(), "TICK.PI1  Degas 320*200 16 Colour");
     EXPECT_EQ(form->image1()->picture().width(), 320);
     EXPECT_EQ(viewer().openmode, 0);
-}
-
-TEST_F(WindowTest, OpenFromMenuAndToolbarShowsThePictureSharp) {
-    loadAndShow();
-    viewer().options.size = 1;
-    const std::string path = programDir.file("pic.neo");
-    vtest::writeFile(path, vtest::randomBytes(32128, 4));
-    platform->selectorAnswers.push_back(path);
-    form->menuAction(MenuArray::fmenu, 0)->trigger();
-    settle(*platform);
-    ASSERT_EQ(platform->selectorRuns.size(), 1u);
-    EXPECT_EQ(platform->selectorRuns[0].title, "Select Picture File.");
-    EXPECT_EQ(form->label1()->text(), "PIC.NEO  Neo 320*200 16 Colour");
-    EXPECT_EQ(imageSize(), QSize(320, 200));
-    const QImage shown = form->image1()->grab().toImage().convertToFormat(QImage::Format_RGB32);
-    const Picture& picture = form->image1()->picture();
-    for (int y = 0; y < 200; y += 7)
-        for (int x = 0; x < 320; x += 5)
-            ASSERT_EQ(shown.pixel(x, y) & 0xFFFFFF, picture.rgb(x, y)) << x << "," << y;
-
-    platform->selectorAnswers.push_back("");
-    form->toolbarAction("open")->trigger();
-    EXPECT_EQ(platform->selectorRuns.size(), 2u);
-    EXPECT_EQ(form->label1()->text(), "PIC.NEO  Neo 320*200 16 Colour") << "a cancel changes nothing";
 }
 
 TEST_F(WindowTest, StretchTakesTheNearestPixel) {

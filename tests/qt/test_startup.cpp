@@ -159,30 +159,4 @@ INSTANTIATE_TEST_SUITE_P(Cases, QuitWarning,
                                     (c.savedFlag ? "Saved" : "Unsaved") + (c.answer == Answer::Yes ? "Yes" : "No");
                          });
 
-TEST_F(WindowTest, ARunningSlideShowRefusesTheCloseSilently) {
-    loadAndShow();
-    viewer().stop = kFalse;
-    viewer().saved = kFalse;
-    viewer().options.save = 1;
-    EXPECT_FALSE(form->close());
-    EXPECT_TRUE(form->isVisible());
-    EXPECT_TRUE(platform->messages.empty());
-    EXPECT_FALSE(std::filesystem::exists(settingsFile()));
-}
-
-TEST_F(WindowTest, ExitFromTheMenuTakesTheSameRoad) {
-    loadAndShow();
-    viewer().saved = kFalse;
-    viewer().options.save = 1;
-    platform->answers.push_back(Answer::No);
-    form->menuAction(MenuArray::fmenu, 5)->trigger();
-    EXPECT_TRUE(form->isVisible());
-    ASSERT_EQ(platform->messages.size(), 1u);
-    EXPECT_TRUE(std::filesystem::exists(settingsFile()));
-
-    platform->answers.push_back(Answer::Yes);
-    form->menuAction(MenuArray::fmenu, 5)->trigger();
-    EXPECT_FALSE(form->isVisible());
-}
-
 }  // namespace
