@@ -1,5 +1,7 @@
 #include "platform/qt/form2.h"
 
+#include "platform/qt/controls.h"
+
 #include <QFontDatabase>
 #include <QLabel>
 #include <QMouseEvent>
@@ -74,18 +76,6 @@ private:
     QImage image_;
 };
 
-// Shape1 and Shape2: a one-pixel outline inside their bounds.
-class Outline : public QWidget {
-public:
-    explicit Outline(QWidget* parent) : QWidget(parent) { setAttribute(Qt::WA_TransparentForMouseEvents); }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        painter.setPen(Qt::black);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
-    }
-};
 
 QFont withSize(QFont font, double points, bool bold) {
     font.setPointSizeF(points);

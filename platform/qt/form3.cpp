@@ -1,5 +1,7 @@
 #include "platform/qt/form3.h"
 
+#include "platform/qt/controls.h"
+
 #include <QComboBox>
 #include <QDir>
 #include <QFile>
@@ -23,18 +25,6 @@ constexpr int kInnerHeight = 2970;
 constexpr QPoint kPosition{4155, 3510};
 constexpr int kIndent = 10;                   // pixels for each level of Dir1
 constexpr int kLevelRole = Qt::UserRole + 1;  // Qt::UserRole holds the folder's path
-
-QRect pixels(const QRect& twips) {
-    return {twipsToPixels(twips.x()), twipsToPixels(twips.y()), twipsToPixels(twips.width()),
-            twipsToPixels(twips.height())};
-}
-
-template <typename Control>
-Control* place(Control* control, const char* name, const QRect& twips) {
-    control->setObjectName(QString::fromLatin1(name));
-    control->setGeometry(pixels(twips));
-    return control;
-}
 
 // Each entry of Dir1 stands in from the left by its depth below the root.
 class LevelDelegate : public QStyledItemDelegate {

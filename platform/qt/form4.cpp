@@ -1,5 +1,7 @@
 #include "platform/qt/form4.h"
 
+#include "platform/qt/controls.h"
+
 #include <QCheckBox>
 #include <QFontDatabase>
 #include <QGroupBox>
@@ -20,31 +22,6 @@ constexpr int kInnerHeight = 4545;
 constexpr QRect kPicture1{1800, 600, 1368, 1935};  // twips; the size changes with the orientation
 constexpr QRect kImage1{120, 600, 975, 615};
 
-// Twips to the nearest pixel, each measure on its own.
-QRect pixels(const QRect& twips) {
-    return {twipsToPixels(twips.x()), twipsToPixels(twips.y()), twipsToPixels(twips.width()),
-            twipsToPixels(twips.height())};
-}
-
-template <typename Control>
-Control* place(Control* control, const char* name, const QRect& twips) {
-    control->setObjectName(QString::fromLatin1(name));
-    control->setGeometry(pixels(twips));
-    return control;
-}
-
-// Shape1 to Shape3: a plain black rectangle, nothing inside it.
-class Outline : public QWidget {
-public:
-    explicit Outline(QWidget* parent) : QWidget(parent) { setAttribute(Qt::WA_TransparentForMouseEvents); }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter painter(this);
-        painter.setPen(Qt::black);
-        painter.drawRect(rect().adjusted(0, 0, -1, -1));
-    }
-};
 
 QLabel* label(QWidget* parent, const char* name, const char* caption, const QRect& twips, Qt::Alignment align) {
     auto* l = place(new QLabel(QString::fromLatin1(caption), parent), name, twips);
