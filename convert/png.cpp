@@ -81,33 +81,43 @@ void check(int error) {
 
 }  // namespace
 
-std::vector<std::uint8_t> encodePng(const Picture& picture) {
-    if (picture.empty()) throw std::runtime_error("cannot encode an empty picture");
-    Planned plan = picture.bitsPerPixel() <= 8 ? fromPalette(picture) : fromTrueColour(picture);
+std::vector<std::uint8_t> encodePngRows(int width, int height, int bits, PngColour colour,
+                                        const std::vector<std::uint32_t>& palette,
+                                        const std::vector<std::uint8_t>& rows) {
     std::unique_ptr<spng_ctx, ContextFree> ctx(spng_ctx_new(SPNG_CTX_ENCODER));
     if (!ctx) throw std::runtime_error("cannot encode the PNG: out of memory");
     check(spng_set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1));
     spng_ihdr ihdr{};
-    ihdr.width = std::uint32_t(picture.width());
-    ihdr.height = std::uint32_t(picture.height());
-    ihdr.bit_depth = plan.bits;
-    ihdr.color_type = plan.colourType;
+    ihdr.width = std::uint32_t(width);
+    ihdr.height = std::uint32_t(height);
+    ihdr.bit_depth = std::uint8_t(bits);
+    ihdr.color_type = colour == PngColour::Indexed ? SPNG_COLOR_TYPE_INDEXED
+                      : colour == PngColour::Rgb   ? SPNG_COLOR_TYPE_TRUECOLOR
+                                                   : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA;
     check(spng_set_ihdr(ctx.get(), &ihdr));
-    if (plan.colourType == SPNG_COLOR_TYPE_INDEXED) {
+    if (colour == PngColour::Indexed) {
         spng_plte plte{};
-        plte.n_entries = std::uint32_t(plan.palette.size());
-        for (std::size_t i = 0; i < plan.palette.size(); ++i)
-            plte.entries[i] = {std::uint8_t(plan.palette[i] >> 16), std::uint8_t(plan.palette[i] >> 8),
-                               std::uint8_t(plan.palette[i]), 255};
+        plte.n_entries = std::uint32_t(palette.size());
+        for (std::size_t i = 0; i < palette.size(); ++i)
+            plte.entries[i] = {std::uint8_t(palette[i] >> 16), std::uint8_t(palette[i] >> 8), std::uint8_t(palette[i]),
+                               255};
         check(spng_set_plte(ctx.get(), &plte));
     }
-    check(spng_encode_image(ctx.get(), plan.rows.data(), plan.rows.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
+    check(spng_encode_image(ctx.get(), rows.data(), rows.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
     std::size_t size = 0;
     int error = 0;
     std::unique_ptr<void, decltype(&std::free)> buffer(spng_get_png_buffer(ctx.get(), &size, &error), &std::free);
     check(error);
     const auto* bytes = static_cast<const std::uint8_t*>(buffer.get());
     return {bytes, bytes + size};
+}
+
+std::vector<std::uint8_t> encodePng(const Picture& picture) {
+    if (picture.empty()) throw std::runtime_error("cannot encode an empty picture");
+    const Planned plan = picture.bitsPerPixel() <= 8 ? fromPalette(picture) : fromTrueColour(picture);
+    return encodePngRows(picture.width(), picture.height(), plan.bits,
+                         plan.colourType == SPNG_COLOR_TYPE_INDEXED ? PngColour::Indexed : PngColour::Rgb, plan.palette,
+                         plan.rows);
 }
 
 }  // namespace velmoric

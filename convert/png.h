@@ -12,4 +12,12 @@ namespace velmoric {
 // at most 256 of them, else 8-bit RGB. zlib's default level.
 std::vector<std::uint8_t> encodePng(const Picture& picture);
 
+enum class PngColour { Indexed, Rgb, Rgba };
+
+// A PNG of rows already in the PNG's own form: `bits` a sample, rows packed
+// to whole bytes; `palette` as 0xRRGGBB for indexed rows. zlib's default level.
+std::vector<std::uint8_t> encodePngRows(int width, int height, int bits, PngColour colour,
+                                        const std::vector<std::uint32_t>& palette,
+                                        const std::vector<std::uint8_t>& rows);
+
 }  // namespace velmoric

@@ -1,6 +1,6 @@
 #include "desktop/icon.h"
 
-#include <spng.h>
+#include "convert/png.h"
 
 #include <algorithm>
 #include <cmath>
@@ -61,14 +61,6 @@ Colour iconAt(double u, double v) {
     return screenAt((u - sx0) / (sx1 - sx0), (v - sy0) / (sy1 - sy0));
 }
 
-struct ContextFree {
-    void operator()(spng_ctx* ctx) const { spng_ctx_free(ctx); }
-};
-
-void check(int error) {
-    if (error) throw std::runtime_error(std::string("cannot encode the PNG: ") + spng_strerror(error));
-}
-
 }  // namespace
 
 RgbaImage drawIcon(int size) {
@@ -102,22 +94,7 @@ std::vector<std::uint8_t> encodeRgbaPng(const RgbaImage& image) {
         rows.insert(rows.end(), {std::uint8_t(p >> 16), std::uint8_t(p >> 8), std::uint8_t(p)});
         if (!opaque) rows.push_back(std::uint8_t(p >> 24));
     }
-    std::unique_ptr<spng_ctx, ContextFree> ctx(spng_ctx_new(SPNG_CTX_ENCODER));
-    if (!ctx) throw std::runtime_error("cannot encode the PNG: out of memory");
-    check(spng_set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1));
-    spng_ihdr ihdr{};
-    ihdr.width = std::uint32_t(image.width);
-    ihdr.height = std::uint32_t(image.height);
-    ihdr.bit_depth = 8;
-    ihdr.color_type = opaque ? SPNG_COLOR_TYPE_TRUECOLOR : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA;
-    check(spng_set_ihdr(ctx.get(), &ihdr));
-    check(spng_encode_image(ctx.get(), rows.data(), rows.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
-    std::size_t size = 0;
-    int error = 0;
-    std::unique_ptr<void, decltype(&std::free)> buffer(spng_get_png_buffer(ctx.get(), &size, &error), &std::free);
-    check(error);
-    const auto* bytes = static_cast<const std::uint8_t*>(buffer.get());
-    return {bytes, bytes + size};
+    return encodePngRows(image.width, image.height, 8, opaque ? PngColour::Rgb : PngColour::Rgba, {}, rows);
 }
 
 }  // namespace velmoric::desktop
