@@ -57,9 +57,15 @@ Planned fromTrueColour(const Picture& p) {
     std::vector<std::uint32_t> colours(w * h);
     for (std::size_t y = 0; y < h; ++y)
         for (std::size_t x = 0; x < w; ++x) colours[y * w + x] = p.rgb(int(x), int(y));
-    std::vector<std::uint32_t> used = colours;
-    std::sort(used.begin(), used.end());
-    used.erase(std::unique(used.begin(), used.end()), used.end());
+    // The colours used, in order, gathered only as long as they can still
+    // make a palette: a picture of thousands stops at its 257th.
+    std::vector<std::uint32_t> used;
+    for (std::uint32_t c : colours) {
+        const auto at = std::lower_bound(used.begin(), used.end(), c);
+        if (at != used.end() && *at == c) continue;
+        used.insert(at, c);
+        if (used.size() > 256) break;
+    }
     if (used.size() > 256) {
         plan.colourType = SPNG_COLOR_TYPE_TRUECOLOR;
         plan.rows.reserve(3 * colours.size());
