@@ -1,5 +1,7 @@
 #include "platform/qt/form1.h"
 
+#include "platform/qt/controls.h"
+
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QResizeEvent>
@@ -36,9 +38,7 @@ Form1::Form1(QtPlatform& platform) : platform_(platform), viewer_(platform) {
     platform_.attach(this);
     setWindowTitle(QString::fromLatin1(kAppCaption));
     setWindowIcon(QIcon(windowIconPixmap()));
-    QPalette colours = palette();
-    colours.setColor(QPalette::Window, QColor::fromRgb(kFormBackground));
-    setPalette(colours);
+    setBackground(this, kFormBackground);
     buildMenus();
     buildControls();
     buildToolbar();

@@ -85,12 +85,7 @@ QFont withSize(QFont font, double points, bool bold) {
 
 // The form's bold sans serif, a narrow one where the system has it, so that
 // the title fits its label at 18 points.
-QFont formFont() {
-    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    font.setFamilies({QStringLiteral("MS Sans Serif"), QStringLiteral("Arial"), QStringLiteral("Liberation Sans"),
-                      QStringLiteral("Helvetica"), QStringLiteral("Nimbus Sans"), font.family()});
-    return withSize(font, 8.25, true);
-}
+QFont formFont() { return designFont(true); }
 
 QLabel* label(QWidget* parent, const char* name, const QString& text, const QRect& rect) {
     auto* l = new QLabel(text, parent);

@@ -67,14 +67,8 @@ Form3::Form3(Platform& platform, std::int16_t& slideshowFlag, QWidget* parent)
     setModal(true);
     setFixedSize(twipsToPixels(kInnerWidth), twipsToPixels(kInnerHeight));
     move(twipsToPixels(kPosition.x()), twipsToPixels(kPosition.y()));
-    // The measures were made for a narrow sans-serif face of 8 points.
-    QFont narrow = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    narrow.setFamilies({"MS Sans Serif", "Arial", "Liberation Sans", "Nimbus Sans", "Helvetica", narrow.family()});
-    narrow.setPointSizeF(8.25);
-    setFont(narrow);
-    QPalette colours = palette();
-    colours.setColor(QPalette::Window, QColor::fromRgb(kFormBackground));
-    setPalette(colours);
+    setFont(designFont());
+    setBackground(this, kFormBackground);
     buildControls();
 
     QString here = QDir::rootPath();

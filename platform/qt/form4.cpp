@@ -61,15 +61,8 @@ Form4::Form4(Form1& owner)
     setWindowTitle(QStringLiteral("Velmoric . Select Options."));
     setModal(true);
     setFixedSize(twipsToPixels(kInnerWidth), twipsToPixels(kInnerHeight));
-    // The measures were made for a narrow sans-serif face of 8 points; a
-    // wide one would cut the captions short.
-    QFont narrow = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    narrow.setFamilies({"MS Sans Serif", "Arial", "Liberation Sans", "Nimbus Sans", "Helvetica", narrow.family()});
-    narrow.setPointSizeF(8.25);
-    setFont(narrow);
-    QPalette colours = palette();
-    colours.setColor(QPalette::Window, QColor::fromRgb(kFormBackground));
-    setPalette(colours);
+    setFont(designFont());
+    setBackground(this, kFormBackground);
     buildControls();
 }
 
