@@ -4,9 +4,7 @@
 
 #include <filesystem>
 
-#include "platform/headless.h"
-#include "shell/viewer.h"
-#include "support.h"
+#include "viewer_fixture.h"
 
 using namespace velmoric;
 
@@ -17,16 +15,7 @@ vtest::Bytes neoFile(std::uint32_t seed) {
     return f;
 }
 
-struct OpenTest : ::testing::Test {
-    vtest::TempDir dir;
-    HeadlessPlatform ui;
-    Viewer v{ui};
-
-    void SetUp() override {
-        ui.setProgramFolder(dir.path().string());
-        ui.registeredExtensions.insert("spu");
-        v.Form_Load();
-    }
+struct OpenTest : vtest::ViewerTest {
     std::string temporary() { return ui.temporaryBitmapPath(); }
 
     // Opens `name` as a drop or hand-over would: mode 2.

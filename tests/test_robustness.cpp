@@ -1,9 +1,7 @@
 // Random and truncated files of every extension, opened one after another in
 // one viewer: each ends in a picture or in a message, and a message leaves
 // the previous picture on show.
-#include "platform/headless.h"
-#include "shell/viewer.h"
-#include "support.h"
+#include "viewer_fixture.h"
 
 using namespace velmoric;
 
@@ -12,14 +10,9 @@ namespace {
 // Lengths around the sizes the formats use, and some that fit none.
 constexpr std::size_t kLengths[] = {0, 1, 3, 34, 129, 513, 4097, 32033, 32034, 32128, 51104, 70000};
 
-TEST(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
-    vtest::TempDir dir;
-    HeadlessPlatform ui;
-    ui.setProgramFolder(dir.path().string());
-    ui.registeredExtensions.insert("spu");
-    Viewer v(ui);
-    v.Form_Load();
+using Robustness = vtest::ViewerTest;
 
+TEST_F(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
     std::uint32_t seed = 1;
     int pictures = 0, messages = 0;
     for (const Format& f : formatTable()) {

@@ -5,9 +5,7 @@
 
 #include <filesystem>
 
-#include "platform/headless.h"
-#include "shell/viewer.h"
-#include "support.h"
+#include "viewer_fixture.h"
 
 using namespace velmoric;
 using vtest::Bytes;
@@ -28,15 +26,9 @@ Bytes pictureFile(const std::string& ext, std::uint32_t seed) {
     return mac;
 }
 
-struct ToolsTest : ::testing::Test {
-    vtest::TempDir dir;
-    HeadlessPlatform ui;
-    Viewer v{ui};
-
+struct ToolsTest : vtest::ViewerTest {
     void SetUp() override {
-        ui.setProgramFolder(dir.path().string());
-        ui.registeredExtensions.insert("spu");
-        v.Form_Load();
+        ViewerTest::SetUp();
         v.options.save = 1;
     }
     // Opens a picture from the selector; gives its bitmap from fresh staging.
