@@ -86,15 +86,18 @@ Collected collectJobs(const ConvertOptions& o) {
 
 // One line for every input whose output another input would write too.
 std::vector<std::string> collisions(const std::vector<Job>& jobs) {
+    std::vector<std::string> keys;  // each output as an absolute path
     std::map<std::string, std::vector<const Job*>> byOutput;
-    for (const Job& j : jobs)
-        if (!j.output.empty()) byOutput[fs::absolute(j.output).lexically_normal().string()].push_back(&j);
-    std::vector<std::string> lines;
     for (const Job& j : jobs) {
-        if (j.output.empty()) continue;
-        for (const Job* other : byOutput[fs::absolute(j.output).lexically_normal().string()]) {
-            if (other == &j) continue;
-            lines.push_back(j.source + ": " + other->source + " would be written to the same file " + j.output);
+        keys.push_back(j.output.empty() ? std::string() : fs::absolute(j.output).lexically_normal().string());
+        if (!keys.back().empty()) byOutput[keys.back()].push_back(&j);
+    }
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < jobs.size(); ++i) {
+        if (keys[i].empty()) continue;
+        for (const Job* other : byOutput[keys[i]]) {
+            if (other == &jobs[i]) continue;
+            lines.push_back(jobs[i].source + ": " + other->source + " would be written to the same file " + jobs[i].output);
             break;
         }
     }
