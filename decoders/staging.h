@@ -110,17 +110,17 @@ struct Staging {
     // left one in the high nibble; the low byte of a word comes first.
     template <int planeCount>
     void groupWords(const std::uint16_t (&planeWords)[planeCount], std::uint16_t (&words)[4]) const {
-        for (std::uint16_t& w : words) w = 0;  // each word is cleared before its bits are set
-        for (int j = 0; j < 8; ++j) {
-            const int k = 7 - 2 * (j % 4);  // the bit of the left pixel
-            int left = 0, right = 0;
+        std::uint8_t bytes[8];
+        for (int half = 0; half < 2; ++half) {
+            // The colour numbers of the eight pixels of this half, leftmost first.
+            std::uint8_t colour[8] = {};
             for (int p = 0; p < planeCount; ++p) {
-                const int planeByte = j < 4 ? planeWords[p] & 0xFF : planeWords[p] >> 8;
-                left += planeBits(planeByte, k, p);
-                right += planeBits(planeByte, k - 1, p);
+                const int v = (planeWords[p] >> (8 * half)) & 0xFF;
+                for (int k = 0; k < 8; ++k) colour[7 - k] = std::uint8_t(colour[7 - k] + planeBits(v, k, p));
             }
-            words[j / 2] = std::uint16_t(words[j / 2] | (16 * left + right) << (8 * (j % 2)));
+            for (int i = 0; i < 4; ++i) bytes[4 * half + i] = std::uint8_t(16 * colour[2 * i] + colour[2 * i + 1]);
         }
+        for (int q = 0; q < 4; ++q) words[q] = std::uint16_t(bytes[2 * q] | bytes[2 * q + 1] << 8);
     }
 
     // Rows of four (low) or two (medium) interleaved planes of 80 words, or
