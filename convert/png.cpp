@@ -50,33 +50,70 @@ Planned fromPalette(const Picture& p) {
     return plan;
 }
 
+// The distinct colours of a picture and the number of each, as long as there
+// are at most 256; a picture of thousands stops at its 257th. Open
+// addressing in a table four times that size keeps each pixel's look-up to a
+// probe or two.
+class ColourCounter {
+public:
+    static constexpr std::size_t kMaxColours = 256;
+
+    // The slot of colour c, or of the empty slot where it would go.
+    std::size_t slotOf(std::uint32_t c) const {
+        std::size_t i = (c * 2654435761u) >> 22;  // the top 10 bits of a multiplicative hash
+        while (used_[i] && colours_[i] != c) i = (i + 1) % kSlots;
+        return i;
+    }
+    // Adds c if it is new; false once there would be more than 256.
+    bool add(std::uint32_t c) {
+        const std::size_t i = slotOf(c);
+        if (used_[i]) return true;
+        if (count_ == kMaxColours) return false;
+        used_[i] = true, colours_[i] = c, ++count_;
+        return true;
+    }
+    // The colours in ascending order, and each slot's index in that order.
+    std::vector<std::uint32_t> sortedPalette() {
+        std::vector<std::uint32_t> palette;
+        for (std::size_t i = 0; i < kSlots; ++i)
+            if (used_[i]) palette.push_back(colours_[i]);
+        std::sort(palette.begin(), palette.end());
+        for (std::size_t i = 0; i < kSlots; ++i)
+            if (used_[i]) index_[i] = std::uint8_t(std::lower_bound(palette.begin(), palette.end(), colours_[i]) - palette.begin());
+        return palette;
+    }
+    std::uint8_t indexOf(std::uint32_t c) const { return index_[slotOf(c)]; }
+    std::size_t count() const { return count_; }
+
+private:
+    static constexpr std::size_t kSlots = 1024;
+    std::uint32_t colours_[kSlots] = {};
+    bool used_[kSlots] = {};
+    std::uint8_t index_[kSlots] = {};
+    std::size_t count_ = 0;
+};
+
 // A 24-bit picture: a palette of its colours while there are at most 256.
 Planned fromTrueColour(const Picture& p) {
     Planned plan;
-    const std::size_t w = std::size_t(p.width()), h = std::size_t(p.height());
-    std::vector<std::uint32_t> colours(w * h);
-    for (std::size_t y = 0; y < h; ++y)
-        for (std::size_t x = 0; x < w; ++x) colours[y * w + x] = p.rgb(int(x), int(y));
-    // The colours used, in order, gathered only as long as they can still
-    // make a palette: a picture of thousands stops at its 257th.
-    std::vector<std::uint32_t> used;
-    for (std::uint32_t c : colours) {
-        const auto at = std::lower_bound(used.begin(), used.end(), c);
-        if (at != used.end() && *at == c) continue;
-        used.insert(at, c);
-        if (used.size() > 256) break;
-    }
-    if (used.size() > 256) {
+    const std::vector<std::uint32_t> colours = p.toRgb();
+    auto counter = std::make_unique<ColourCounter>();
+    bool fits = true;
+    for (std::size_t i = 0; i < colours.size() && fits; ++i) fits = counter->add(colours[i]);
+    if (!fits) {
         plan.colourType = SPNG_COLOR_TYPE_TRUECOLOR;
-        plan.rows.reserve(3 * colours.size());
-        for (std::uint32_t c : colours) plan.rows.insert(plan.rows.end(), {std::uint8_t(c >> 16), std::uint8_t(c >> 8), std::uint8_t(c)});
+        plan.rows.resize(3 * colours.size());
+        for (std::size_t i = 0; i < colours.size(); ++i) {
+            plan.rows[3 * i] = std::uint8_t(colours[i] >> 16);
+            plan.rows[3 * i + 1] = std::uint8_t(colours[i] >> 8);
+            plan.rows[3 * i + 2] = std::uint8_t(colours[i]);
+        }
         return plan;
     }
-    plan.bits = used.size() <= 16 ? 4 : 8;
+    plan.bits = counter->count() <= 16 ? 4 : 8;
+    plan.palette = counter->sortedPalette();
     std::vector<std::uint8_t> indices(colours.size());
-    for (std::size_t i = 0; i < colours.size(); ++i)
-        indices[i] = std::uint8_t(std::lower_bound(used.begin(), used.end(), colours[i]) - used.begin());
-    plan.palette = std::move(used);
+    for (std::size_t i = 0; i < colours.size(); ++i) indices[i] = counter->indexOf(colours[i]);
     plan.rows = packIndices(indices, p.width(), p.height(), plan.bits);
     return plan;
 }
