@@ -1,6 +1,6 @@
 #pragma once
 // Shared helpers for the tests: temporary folders, the corpus of real
-// pictures, fixture builders and decoding as the viewer dispatches.
+// pictures, random files and decoding as the viewer dispatches.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -49,22 +49,6 @@ inline Bytes readFile(const std::string& path) {
 }
 
 inline fs::path corpusDir() { return fs::path(VELMORIC_CORPUS_DIR); }
-
-// The corpus files of one extension folder ("neo", "pi1"...), sorted.
-inline std::vector<fs::path> corpusFiles(const std::string& folder) {
-    std::vector<fs::path> out;
-    std::error_code ec;
-    for (auto it = fs::directory_iterator(corpusDir() / folder, ec); !ec && it != fs::directory_iterator();
-         it.increment(ec))
-        if (it->is_regular_file()) out.push_back(it->path());
-    std::sort(out.begin(), out.end());
-    return out;
-}
-
-#define SKIP_WITHOUT_CORPUS(folder)                                                      \
-    do {                                                                                 \
-        if (vtest::corpusFiles(folder).empty()) GTEST_SKIP() << "no corpus for " folder; \
-    } while (0)
 
 inline Bytes randomBytes(std::size_t n, std::uint32_t seed) {
     std::mt19937 rng(seed);
