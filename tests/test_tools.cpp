@@ -3,8 +3,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <filesystem>
-
+#include "convert/convert.h"
 #include "viewer_fixture.h"
 
 using namespace velmoric;
@@ -13,31 +12,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Files as the decoders want them, with random pixels; MacPaint in literal
-// runs of one row.
-Bytes pictureFile(const std::string& ext, std::uint32_t seed) {
-    if (ext == "SPU") return vtest::randomBytes(51104, seed);
-    if (ext != "MAC") return vtest::randomBytes(32034, seed);
-    Bytes mac(512, 0);
-    for (int row = 0; row < 720; ++row) {
-        mac.push_back(71);
-        for (std::uint8_t b : vtest::randomBytes(72, seed + row)) mac.push_back(b);
-    }
-    return mac;
-}
-
 struct ToolsTest : vtest::ViewerTest {
     void SetUp() override {
-        ViewerTest::SetUp();
+        vtest::ViewerTest::SetUp();
         v.options.save = 1;
     }
-    // Opens a picture from the selector; gives its bitmap from fresh staging.
+    // Opens a picture of random bytes; gives the bitmap a fresh decode of it writes.
     Bytes open(const std::string& ext, std::uint32_t seed = 1) {
-        const std::string path = dir.file(std::to_string(seed) + "." + ext);
-        vtest::writeFile(path, pictureFile(ext, seed));
-        ui.selectorAnswers.push_back(path);
-        v.fmenu_Click(0);
-        return vtest::bytesOf(vtest::decodeAs(*vtest::freshStaging(), pictureFile(ext, seed), ext.c_str()).bitmap);
+        const std::size_t size = ext == "SPU" ? 51104 : ext == "MAC" ? 52000 : 32034;
+        return decodeFile(openFile(std::to_string(seed) + "." + ext, vtest::randomBytes(size, seed))).bitmap;
     }
     bool quitWarns() {
         ui.messages.clear();
@@ -63,26 +46,26 @@ TEST_F(ToolsTest, SaveWritesTheStagedBitmapAndOnlyASaveDisarmsTheQuitWarning) {
     EXPECT_TRUE(quitWarns());
 }
 
-// Root writes anywhere: then the save runs in a child process as nobody.
 TEST_F(ToolsTest, ASaveIntoAFolderThatCannotBeWrittenShowsTheErrorBoxAndLeavesNothing) {
     open("PI1");
-    const bool root = geteuid() == 0;
-    if (!root) fs::permissions(dir.path(), fs::perms::owner_read | fs::perms::owner_exec);
-    const pid_t child = root ? fork() : 0;
+    const auto writable = fs::perms::owner_write | fs::perms::group_write | fs::perms::others_write;
+    fs::permissions(dir.path(), writable, fs::perm_options::remove);
+    const pid_t child = fork();
     if (child == 0) {
-        bool ok = !root || (setgid(65534) == 0 && setuid(65534) == 0);
+        // Root writes anywhere: the child saves as nobody then.
+        const bool asUser = geteuid() != 0 || (setgid(65534) == 0 && setuid(65534) == 0);
         ui.saveAnswers.push_back(dir.file("new.BMP"));
         v.fmenu_Click(1);
-        ok = ok && ui.messages.size() == 1 && ui.messages[0].text.starts_with(errorBoxText(dir.file("new.BMP") + ": ")) &&
-             v.saved == kFalse && std::distance(fs::directory_iterator(dir.path()), {}) == 1;
-        if (root) _exit(ok ? 0 : 1);
-        fs::permissions(dir.path(), fs::perms::owner_all);
-        EXPECT_TRUE(ok);
-        return;
+        _exit(asUser && ui.messages.size() == 1 && v.saved == kFalse &&
+                      ui.messages[0].text.starts_with(errorBoxText(dir.file("new.BMP") + ": "))
+                  ? 0
+                  : 1);
     }
     int status = -1;
     waitpid(child, &status, 0);
+    fs::permissions(dir.path(), fs::perms::owner_write, fs::perm_options::add);
     EXPECT_EQ(status, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1) << "nothing but the picture opened";
 }
 
 TEST_F(ToolsTest, MonoPicturesInvertByPaletteOrByPixelsAndOtherKindsGetTheAlert) {
@@ -90,42 +73,44 @@ TEST_F(ToolsTest, MonoPicturesInvertByPaletteOrByPixelsAndOtherKindsGetTheAlert)
         std::swap_ranges(b.begin() + 54, b.begin() + 58, b.begin() + 58);
         return b;
     };
-    const auto state = [&] { return std::make_tuple(v.kind, ui.label, v.nopicture, v.saved, ui.outerW, ui.outerH); };
-    auto before = state();
-    v.toolbarClick("invert");  // the start-up picture, kind 1
-    EXPECT_EQ(ui.messages.at(0).text + ui.messages.at(0).title, "Must be a Mono picture.Alert.");
-    EXPECT_EQ(state(), before);
+    const auto negative = [](Bytes b) {
+        std::transform(b.begin() + 62, b.end(), b.begin() + 62, [](std::uint8_t x) { return std::uint8_t(~x); });
+        return b;
+    };
+    const auto state = [&] { return std::make_tuple(v.kind, ui.label, v.nopicture, ui.outerW, ui.outerH); };
+    // Kinds 1 and 2, the start-up picture and a Spectrum one: the alert alone.
+    const auto alertChangesNothing = [&] {
+        const auto before = std::make_tuple(state(), v.saved, ui.image);
+        ui.messages.clear();
+        v.toolbarClick("invert");
+        ASSERT_EQ(ui.messages.size(), 1u);
+        EXPECT_EQ(ui.messages[0].text + ui.messages[0].title, "Must be a Mono picture.Alert.");
+        EXPECT_TRUE(std::make_tuple(state(), v.saved, ui.image) == before);
+    };
+    alertChangesNothing();
 
     const Bytes first = open("PI3");
     EXPECT_EQ(Bytes(first.begin() + 54, first.begin() + 62), (Bytes{255, 255, 255, 255, 0, 0, 0, 0}));
     for (const Bytes& expected : {swapped(first), first}) {
         v.saved = kTrue;
-        before = state();
+        const auto before = state();
         v.medit_Click(4);
         EXPECT_EQ(ui.image.bytes(), expected);
-        std::get<3>(before) = kFalse;
-        EXPECT_EQ(state(), before) << "only the saved flag changes";
+        EXPECT_EQ(state(), before);
+        EXPECT_EQ(v.saved, kFalse);
         EXPECT_TRUE(ui.allCommandsEnabled());
     }
     v.medit_Click(4);
     const Bytes next = open("PI3", 2);
     EXPECT_EQ(ui.image.bytes(), swapped(next)) << "the next mono picture opens inverted";
 
-    Bytes mac = open("MAC");
-    v.medit_Click(4);
-    for (std::size_t i = 62; i < mac.size(); ++i) mac[i] = std::uint8_t(~mac[i]);
-    EXPECT_EQ(ui.image.bytes(), mac) << "the negative";
-    v.medit_Click(4);
-    for (std::size_t i = 62; i < mac.size(); ++i) mac[i] = std::uint8_t(~mac[i]);
-    EXPECT_EQ(ui.image.bytes(), mac) << "the bitmap of hmac";
-
+    const Bytes mac = open("MAC");
+    for (const Bytes& expected : {negative(mac), mac}) {
+        v.medit_Click(4);
+        EXPECT_EQ(ui.image.bytes(), expected) << "the negative, then the bitmap of hmac";
+    }
     open("SPU");
-    const Picture spectrum = ui.image;
-    before = state();
-    v.toolbarClick("invert");
-    EXPECT_EQ(std::make_tuple(ui.messages.size(), ui.messages.back().title), std::make_tuple(std::size_t(2), "Alert."));
-    EXPECT_EQ(state(), before);
-    EXPECT_EQ(ui.image, spectrum);
+    alertChangesNothing();
 }
 
 }  // namespace

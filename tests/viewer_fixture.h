@@ -1,5 +1,5 @@
 #pragma once
-// A viewer after start-up on the headless platform, in a folder of its own,
+// A viewer after start-up on a headless platform, in a folder of its own,
 // on a desktop that knows the picture types already (no first-run question).
 #include "platform/headless.h"
 #include "shell/viewer.h"
@@ -7,9 +7,10 @@
 
 namespace vtest {
 
-struct ViewerTest : ::testing::Test {
+template <typename Platform>
+struct ViewerOn : ::testing::Test {
     TempDir dir;
-    velmoric::HeadlessPlatform ui;
+    Platform ui;
     velmoric::Viewer v{ui};
 
     void SetUp() override {
@@ -17,6 +18,22 @@ struct ViewerTest : ::testing::Test {
         ui.registeredExtensions.insert("spu");
         v.Form_Load();
     }
+    // Opens `path` as a drop or a hand-over does: mode 2.
+    void openNamed(const std::string& path) {
+        ui.setFileName(path);
+        v.openmode = 2;
+        v.openpic();
+        v.openmode = 0;
+    }
+    // Writes `bytes` as `name` in the folder and opens it.
+    std::string openFile(const std::string& name, const Bytes& bytes) {
+        const std::string path = dir.file(name);
+        writeFile(path, bytes);
+        openNamed(path);
+        return path;
+    }
 };
+
+using ViewerTest = ViewerOn<velmoric::HeadlessPlatform>;
 
 }  // namespace vtest
