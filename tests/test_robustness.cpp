@@ -14,33 +14,28 @@ using Robustness = vtest::ViewerTest;
 
 TEST_F(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
     std::uint32_t seed = 1;
-    int pictures = 0, messages = 0;
-    for (const Format& f : formatTable()) {
-        for (std::size_t length : kLengths) {
+    std::size_t opened = 0, pictures = 0;
+    for (const Format& f : formatTable())
+        for (std::size_t length : kLengths)
             for (bool zeros : {false, true}) {
                 const std::string name = "f" + std::to_string(++seed) + "." + std::string(f.lower);
-                const Picture before = ui.image;
-                const std::string captionBefore = ui.label;
-                const std::size_t messagesBefore = ui.messages.size();
+                const auto before = snapshot();
+                const std::size_t messages = ui.messages.size();
                 openFile(name, zeros ? vtest::Bytes(length, 0) : vtest::randomBytes(length, seed));
                 SCOPED_TRACE(name);
+                ++opened;
                 ASSERT_TRUE(ui.allCommandsEnabled());
-                if (ui.messages.size() == messagesBefore) {
+                if (ui.messages.size() == messages) {
                     ++pictures;
-                    EXPECT_FALSE(ui.image.empty());
                     EXPECT_EQ(ui.label.find(std::string(f.upper)), ui.label.find('.') + 1) << ui.label;
                 } else {
-                    ++messages;
-                    EXPECT_EQ(ui.messages.size(), messagesBefore + 1);
-                    EXPECT_TRUE(ui.image == before);
-                    EXPECT_EQ(ui.label, captionBefore);
+                    EXPECT_EQ(ui.messages.size(), messages + 1);
+                    EXPECT_TRUE(snapshot() == before);
                 }
             }
-        }
-    }
     // The Spectrum length test and the Tiny resolution byte refuse files.
-    EXPECT_GT(pictures, 0);
-    EXPECT_GT(messages, 0);
+    EXPECT_GT(pictures, 0u);
+    EXPECT_LT(pictures, opened);
 }
 
 }  // namespace

@@ -4,9 +4,7 @@
 // folder although it is kept from one call to the next.
 #include <sys/stat.h>
 
-#include "platform/headless.h"
-#include "shell/viewer.h"
-#include "support.h"
+#include "viewer_fixture.h"
 
 using namespace velmoric;
 namespace fs = std::filesystem;
@@ -45,14 +43,10 @@ TEST(Listing, HoldsTheNormalFilesInNameOrderAndFollowsEveryChange) {
     fs::current_path(before);
 }
 
-TEST(SlideShow, OneYieldForEachOtherFileAndOneWaitForEachPictureUntilAClick) {
-    vtest::TempDir dir, program;
+using SlideShow = vtest::ViewerTest;
+
+TEST_F(SlideShow, OneYieldForEachOtherFileAndOneWaitForEachPictureUntilAClick) {
     const fs::path before = fs::current_path();
-    HeadlessPlatform ui;
-    ui.setProgramFolder(program.path().string());
-    ui.registeredExtensions.insert("spu");
-    Viewer v{ui};
-    v.Form_Load();  // `delay` 2 and `repeat` 1
     for (const char* name : {"a.neo", "b.txt", "c", "d.PI1"}) vtest::writeFile(dir.file(name), vtest::randomBytes(32128, 1));
     std::vector<std::string> yielded;
     ui.onYield = [&] {
@@ -61,12 +55,11 @@ TEST(SlideShow, OneYieldForEachOtherFileAndOneWaitForEachPictureUntilAClick) {
         if (yielded.size() == 7) v.Image1_Click();  // in the second pass
     };
     ui.slideFolders.push_back(dir.path().string());
-    v.toolbarClick("slide");
+    v.toolbarClick("slide");  // `delay` 2 and `repeat` 1 after start-up
+    fs::current_path(before);
     EXPECT_EQ(yielded, (std::vector<std::string>{"a.neo", "a.neo", "b.txt", "c", "d.PI1", "d.PI1", "a.neo", "a.neo"}));
     EXPECT_EQ(ui.deadlines, (std::vector<double>{2, 4, 6}));
     EXPECT_EQ(ui.label, "A.NEO  Neo 320*200 16 Colour");
-    EXPECT_EQ(ui.windowCaption, "Velmoric Picture Viewer.");
-    EXPECT_EQ(v.stop, kTrue);
+    EXPECT_EQ(std::tie(ui.windowCaption, v.stop), std::make_tuple(std::string("Velmoric Picture Viewer."), kTrue));
     EXPECT_TRUE(ui.allCommandsEnabled());
-    fs::current_path(before);
 }

@@ -25,6 +25,9 @@ struct ViewerOn : ::testing::Test {
         v.openpic();
         v.openmode = 0;
     }
+    // What an open or a command may change beside the picture.
+    auto state() { return std::make_tuple(ui.label, v.kind, v.saved, v.nopicture, ui.outerW, ui.outerH); }
+    auto snapshot() { return std::make_pair(state(), ui.image); }
     // Writes `bytes` as `name` in the folder and opens it.
     std::string openFile(const std::string& name, const Bytes& bytes) {
         const std::string path = dir.file(name);
