@@ -135,11 +135,19 @@ FileDecode decodeInto(Staging& staging, const std::string& path, std::span<const
     return d;
 }
 
-JobResult runJob(const ConvertOptions& o, const Job& job, FreshStaging& staging) {
+// What one thread keeps from job to job: its staging block, and the output
+// folder it made last, so that a folder of pictures is made once, not
+// looked up again for every file.
+struct Worker {
+    FreshStaging staging;
+    std::string madeFolder;
+};
+
+JobResult runJob(const ConvertOptions& o, const Job& job, Worker& worker) {
     JobResult r;
     r.done = true;
     std::span<const std::uint8_t> bitmap;
-    const FileDecode d = staging.decodeInPlace(job.source, bitmap);
+    const FileDecode d = worker.staging.decodeInPlace(job.source, bitmap);
     if (!d.ok) {
         r.line = job.source + ": " + d.reason;
         return r;
@@ -151,7 +159,11 @@ JobResult runJob(const ConvertOptions& o, const Job& job, FreshStaging& staging)
         return r;
     }
     try {
-        if (!o.outputFolder.empty()) fs::create_directories(fs::path(job.output).parent_path());
+        if (!o.outputFolder.empty()) {
+            std::string folder = fs::path(job.output).parent_path().string();
+            if (folder != worker.madeFolder) fs::create_directories(folder);
+            worker.madeFolder = std::move(folder);
+        }
         if (o.format == OutputFormat::Png) {
             files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()})));
         } else {
@@ -208,50 +220,81 @@ private:
 };
 
 void runHere(const ConvertOptions& o, const std::vector<Job>& jobs, Reporter& report) {
-    FreshStaging staging;
+    Worker worker;
     for (const Job& job : jobs) {
-        report.print(runJob(o, job, staging));
+        report.print(runJob(o, job, worker));
         report.progress(true);
     }
 }
 
-// Workers take the next job each; the results are printed in input order
-// as soon as all before them are done.
-void runInWorkers(const ConvertOptions& o, const std::vector<Job>& jobs, std::size_t workers, Reporter& report) {
-    std::vector<JobResult> results(jobs.size());
-    std::mutex m;
-    std::condition_variable finished;
-    std::size_t next = 0;
-    auto work = [&] {
-        FreshStaging staging;
-        for (;;) {
-            std::size_t i;
-            {
-                std::lock_guard lock(m);
-                if (next == jobs.size()) return;
-                i = next++;
-            }
-            JobResult r = runJob(o, jobs[i], staging);
-            std::lock_guard lock(m);
-            results[i] = std::move(r);
-            finished.notify_one();
+// Every thread, this one too, takes the next job in turn; this thread also
+// prints the results in input order as soon as all before them are done.
+class Pool {
+public:
+    Pool(const ConvertOptions& o, const std::vector<Job>& jobs, Reporter& report)
+        : o_(o), jobs_(jobs), report_(report), results_(jobs.size()) {}
+
+    void run(std::size_t threads) {
+        std::vector<std::thread> helpers;
+        for (std::size_t t = 1; t < threads; ++t)
+            helpers.emplace_back([this] {
+                Worker worker;
+                while (runNext(worker)) {
+                }
+            });
+        Worker worker;
+        while (runNext(worker)) printReady(false);
+        printRest();
+        for (std::thread& t : helpers) t.join();
+    }
+
+private:
+    // Runs the next job, if there is one left.
+    bool runNext(Worker& worker) {
+        std::size_t i;
+        {
+            std::lock_guard lock(m_);
+            if (next_ == jobs_.size()) return false;
+            i = next_++;
         }
-    };
-    std::vector<std::thread> pool;
-    for (std::size_t t = 0; t < workers; ++t) pool.emplace_back(work);
-    std::size_t printed = 0;
-    {
-        std::unique_lock lock(m);
-        while (printed < jobs.size()) {
-            // Wakes when the next result is there, or now and then for the progress line.
-            finished.wait_for(lock, std::chrono::milliseconds(200), [&] { return results[printed].done; });
-            bool wrote = false;
-            for (; printed < jobs.size() && results[printed].done; ++printed, wrote = true) report.print(results[printed]);
-            report.progress(wrote);
+        JobResult r = runJob(o_, jobs_[i], worker);
+        std::lock_guard lock(m_);
+        results_[i] = std::move(r);
+        finished_.notify_one();
+        return true;
+    }
+
+    void printReady(bool waited) {
+        std::lock_guard lock(m_);
+        printReadyLocked(waited);
+    }
+
+    void printReadyLocked(bool waited) {
+        bool wrote = false;
+        for (; printed_ < jobs_.size() && results_[printed_].done; ++printed_, wrote = true)
+            report_.print(results_[printed_]);
+        if (wrote || waited) report_.progress(wrote);
+    }
+
+    // Waits for the jobs the other threads still run; wakes when the next
+    // result is there, or now and then for the progress line.
+    void printRest() {
+        std::unique_lock lock(m_);
+        while (printed_ < jobs_.size()) {
+            finished_.wait_for(lock, std::chrono::milliseconds(200), [&] { return results_[printed_].done; });
+            printReadyLocked(true);
         }
     }
-    for (std::thread& t : pool) t.join();
-}
+
+    const ConvertOptions& o_;
+    const std::vector<Job>& jobs_;
+    Reporter& report_;
+    std::vector<JobResult> results_;
+    std::mutex m_;
+    std::condition_variable finished_;
+    std::size_t next_ = 0;
+    std::size_t printed_ = 0;
+};
 
 }  // namespace
 
@@ -379,7 +422,7 @@ int runConvert(const std::vector<std::string>& args, Console& console) {
         if (workers <= 1) {
             runHere(o, jobs, report);
         } else {
-            runInWorkers(o, jobs, workers, report);
+            Pool(o, jobs, report).run(workers);
         }
         failed = failed || report.failed;
     }
