@@ -1,5 +1,6 @@
 #include "convert/png.h"
 
+#include <dlfcn.h>
 #include <spng.h>
 
 #include <algorithm>
@@ -11,8 +12,48 @@
 namespace velmoric {
 namespace {
 
+// libspng is opened when the first PNG is written, not when a program
+// starts: most conversions write bitmaps, and loading libspng with zlib is
+// about a tenth of a whole one-file conversion.
+struct Spng {
+    decltype(&spng_ctx_new) ctx_new;
+    decltype(&spng_ctx_free) ctx_free;
+    decltype(&spng_set_option) set_option;
+    decltype(&spng_set_ihdr) set_ihdr;
+    decltype(&spng_set_plte) set_plte;
+    decltype(&spng_encode_image) encode_image;
+    decltype(&spng_get_png_buffer) get_png_buffer;
+    decltype(&spng_strerror) strerror;
+};
+
+template <class F>
+void bind(void* library, F& function, const char* name) {
+    function = reinterpret_cast<F>(::dlsym(library, name));
+    if (!function) throw std::runtime_error(std::string("cannot encode the PNG: ") + VELMORIC_SPNG_SONAME + " has no " + name);
+}
+
+Spng loadSpng() {
+    void* library = ::dlopen(VELMORIC_SPNG_SONAME, RTLD_NOW | RTLD_LOCAL);
+    if (!library) throw std::runtime_error(std::string("cannot encode the PNG: ") + ::dlerror());
+    Spng api{};
+    bind(library, api.ctx_new, "spng_ctx_new");
+    bind(library, api.ctx_free, "spng_ctx_free");
+    bind(library, api.set_option, "spng_set_option");
+    bind(library, api.set_ihdr, "spng_set_ihdr");
+    bind(library, api.set_plte, "spng_set_plte");
+    bind(library, api.encode_image, "spng_encode_image");
+    bind(library, api.get_png_buffer, "spng_get_png_buffer");
+    bind(library, api.strerror, "spng_strerror");
+    return api;
+}
+
+const Spng& spng() {
+    static const Spng api = loadSpng();
+    return api;
+}
+
 struct ContextFree {
-    void operator()(spng_ctx* ctx) const { spng_ctx_free(ctx); }
+    void operator()(spng_ctx* ctx) const { spng().ctx_free(ctx); }
 };
 
 // Rows of palette indices packed at `bits` a pixel, leftmost pixel high, as
@@ -119,7 +160,7 @@ Planned fromTrueColour(const Picture& p) {
 }
 
 void check(int error) {
-    if (error) throw std::runtime_error(std::string("cannot encode the PNG: ") + spng_strerror(error));
+    if (error) throw std::runtime_error(std::string("cannot encode the PNG: ") + spng().strerror(error));
 }
 
 }  // namespace
@@ -127,9 +168,9 @@ void check(int error) {
 std::vector<std::uint8_t> encodePngRows(int width, int height, int bits, PngColour colour,
                                         const std::vector<std::uint32_t>& palette,
                                         const std::vector<std::uint8_t>& rows) {
-    std::unique_ptr<spng_ctx, ContextFree> ctx(spng_ctx_new(SPNG_CTX_ENCODER));
+    std::unique_ptr<spng_ctx, ContextFree> ctx(spng().ctx_new(SPNG_CTX_ENCODER));
     if (!ctx) throw std::runtime_error("cannot encode the PNG: out of memory");
-    check(spng_set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1));
+    check(spng().set_option(ctx.get(), SPNG_ENCODE_TO_BUFFER, 1));
     spng_ihdr ihdr{};
     ihdr.width = std::uint32_t(width);
     ihdr.height = std::uint32_t(height);
@@ -137,19 +178,19 @@ std::vector<std::uint8_t> encodePngRows(int width, int height, int bits, PngColo
     ihdr.color_type = colour == PngColour::Indexed ? SPNG_COLOR_TYPE_INDEXED
                       : colour == PngColour::Rgb   ? SPNG_COLOR_TYPE_TRUECOLOR
                                                    : SPNG_COLOR_TYPE_TRUECOLOR_ALPHA;
-    check(spng_set_ihdr(ctx.get(), &ihdr));
+    check(spng().set_ihdr(ctx.get(), &ihdr));
     if (colour == PngColour::Indexed) {
         spng_plte plte{};
         plte.n_entries = std::uint32_t(palette.size());
         for (std::size_t i = 0; i < palette.size(); ++i)
             plte.entries[i] = {std::uint8_t(palette[i] >> 16), std::uint8_t(palette[i] >> 8), std::uint8_t(palette[i]),
                                255};
-        check(spng_set_plte(ctx.get(), &plte));
+        check(spng().set_plte(ctx.get(), &plte));
     }
-    check(spng_encode_image(ctx.get(), rows.data(), rows.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
+    check(spng().encode_image(ctx.get(), rows.data(), rows.size(), SPNG_FMT_PNG, SPNG_ENCODE_FINALIZE));
     std::size_t size = 0;
     int error = 0;
-    std::unique_ptr<void, decltype(&std::free)> buffer(spng_get_png_buffer(ctx.get(), &size, &error), &std::free);
+    std::unique_ptr<void, decltype(&std::free)> buffer(spng().get_png_buffer(ctx.get(), &size, &error), &std::free);
     check(error);
     const auto* bytes = static_cast<const std::uint8_t*>(buffer.get());
     return {bytes, bytes + size};
