@@ -96,6 +96,27 @@ std::string temporaryNameBeside(const fs::path& target) {
     return (folder / ("." + target.filename().string() + "." + suffix)).string();
 }
 
+// Writes a file that does not exist yet unnamed (O_TMPFILE) and gives it the
+// name only once it is whole: one change to the folder instead of the two of a
+// named temporary file and its rename. linkat never replaces a name, so a file
+// or link that appeared there meanwhile makes it return false, as does a file
+// system without unnamed files; the caller then takes the named way.
+bool linkWhenWhole(const std::string& path, std::span<const std::uint8_t> bytes) {
+    const fs::path target(path);
+    const std::string folder = target.has_parent_path() ? target.parent_path().string() : std::string(".");
+    Descriptor fd(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
+    if (fd.get() < 0) return false;
+    writeAll(fd.get(), path, bytes);
+    const std::string self = "/proc/self/fd/" + std::to_string(fd.get());
+    if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) != 0) return false;
+    if (::close(fd.release()) != 0) {
+        const int err = errno;
+        ::unlink(path.c_str());
+        fail(path, "cannot write", err);
+    }
+    return true;
+}
+
 }  // namespace
 
 SourceData readSource(const std::string& path, std::size_t limit) {
@@ -130,7 +151,9 @@ void replaceAtomically(const std::string& path, std::span<const std::uint8_t> by
     // A file that is replaced keeps its mode; a new one gets the mode any
     // new file would, which the creation's 0666 under the umask gives.
     struct stat old {};
-    const bool replacing = ::lstat(path.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+    const bool exists = ::lstat(path.c_str(), &old) == 0;
+    if (!exists && linkWhenWhole(path, bytes)) return;
+    const bool replacing = exists && S_ISREG(old.st_mode);
     std::string temporary;
     int created = -1;
     for (int attempt = 0; attempt < 100 && created < 0; ++attempt) {
