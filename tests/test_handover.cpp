@@ -40,22 +40,20 @@ struct HandoverTest : ::testing::Test {
 };
 
 TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
-    struct Row {
+    const struct {
         const char* what;
         int firstSingle, secondSingle;
-        bool firstAnswers;
-        bool secondEnds;
-        const char* firstTopic;
-        const char* secondTopic;
+        bool firstAnswers, secondEnds;
+        const char* topics;  // the first copy's, then the second's
+    } rows[] = {
+        {"one copy takes all", 0, 0, true, true, "cmdLine Form1"},
+        {"each start its own copy", 1, 1, true, false, "Form1 Form1"},
+        {"first copy on its own, second asks", 1, 0, true, false, "Form1 cmdLine"},
+        {"second copy on its own", 0, 1, true, false, "cmdLine Form1"},
+        {"first copy does not answer", 0, 0, false, false, "cmdLine cmdLine"},
     };
-    const Row rows[] = {
-        {"one copy takes all", 0, 0, true, true, "cmdLine", "Form1"},
-        {"each start its own copy", 1, 1, true, false, "Form1", "Form1"},
-        {"first copy on its own, second asks", 1, 0, true, false, "Form1", "cmdLine"},
-        {"second copy on its own", 0, 1, true, false, "cmdLine", "Form1"},
-        {"first copy does not answer", 0, 0, false, false, "cmdLine", "cmdLine"},
-    };
-    for (const Row& r : rows) {
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.what);
         bus = std::make_shared<HeadlessBus>();
         const std::string second = picture("second.neo", 2);
         auto first = start("", r.firstSingle);
@@ -63,19 +61,16 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
         auto copy = start(second, r.secondSingle);
         first->ui.runEvents();
 
-        EXPECT_TRUE(first->ui.shown) << r.what;
-        EXPECT_EQ(copy->ui.ended, r.secondEnds) << r.what;
-        EXPECT_EQ(copy->ui.shown, !r.secondEnds) << r.what;
-        EXPECT_EQ(first->ui.linkTopic, r.firstTopic) << r.what;
-        EXPECT_EQ(copy->ui.linkTopic, r.secondTopic) << r.what;
-        EXPECT_EQ(bus->owner == &first->ui, r.firstSingle == 0) << r.what;
-        // The file ends up in exactly one window.
-        EXPECT_EQ(first->ui.label.starts_with("SECOND.NEO  "), r.secondEnds) << r.what;
-        EXPECT_EQ(copy->ui.label.starts_with("SECOND.NEO  "), !r.secondEnds) << r.what;
-        EXPECT_EQ(copy->ui.sent.size(), r.secondSingle == 0 && r.firstSingle == 0 ? 1u : 0u) << r.what;
+        EXPECT_TRUE(first->ui.shown);
+        EXPECT_EQ(copy->ui.ended, r.secondEnds);
+        EXPECT_EQ(copy->ui.shown, !r.secondEnds);
+        EXPECT_EQ(first->ui.linkTopic + " " + copy->ui.linkTopic, r.topics);
+        EXPECT_EQ(bus->owner == &first->ui, r.firstSingle == 0);
+        EXPECT_TRUE((r.secondEnds ? first : copy)->ui.label.starts_with("SECOND.NEO  ")) << "opened in one window";
+        const bool asks = r.firstSingle == 0 && r.secondSingle == 0;
+        EXPECT_EQ(copy->ui.sent, asks ? std::vector{second} : std::vector<std::string>{});
         if (r.secondEnds) {
-            EXPECT_EQ(copy->ui.sent[0], second) << r.what;
-            EXPECT_TRUE(copy->ui.settingsWritten.empty()) << "no option written: " << r.what;
+            EXPECT_TRUE(copy->ui.settingsWritten.empty()) << "no option written";
             EXPECT_TRUE(copy->ui.timerEnabled) << "the copy ends before it switches its timer off";
         }
     }
@@ -86,9 +81,8 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
 TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {
     const std::string outer = picture("outer.neo", 3), inner = picture("inner.neo", 4);
     auto first = std::make_unique<Copy>(bus, outer, 0, dir.path().string());
-    int yieldsSeen = 0;
     first->ui.onYield = [&] {
-        if (++yieldsSeen == 1) first->ui.incoming.push_back(inner);
+        if (first->ui.yields == 1) first->ui.incoming.push_back(inner);
     };
     first->v.Timer1_Timer();
     EXPECT_TRUE(first->ui.label.starts_with("INNER.NEO  ")) << first->ui.label;
