@@ -37,3 +37,5 @@ for item in "${items[@]}"; do
   apt-cache show "$name" >/dev/null 2>&1 || dpkg-query -W "$name" >/dev/null 2>&1 || fail "apt knows no package $name"
 done
 echo "every dependency is a package apt knows"
+# The converter opens libspng only when it writes a PNG.
+grep -q 'libspng' <<< "$depends" || fail "libspng is not among the dependencies"
