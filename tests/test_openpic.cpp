@@ -32,7 +32,6 @@ TEST_F(OpenTest, OpensFromTheSelectorAndComposesTheCaption) {
     EXPECT_TRUE(offDuringYield);
     EXPECT_EQ(ui.label, "PIC.NEO  Neo 320*200 16 Colour");
     EXPECT_EQ(std::tie(v.kind, v.saved, v.nopicture), std::make_tuple(1, kFalse, kFalse));
-    EXPECT_EQ(std::make_pair(ui.image.width(), ui.image.height()), std::make_pair(320, 200));
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_TRUE(ui.allCommandsEnabled());
     EXPECT_FALSE(fs::exists(ui.temporaryBitmapPath()));
@@ -40,8 +39,8 @@ TEST_F(OpenTest, OpensFromTheSelectorAndComposesTheCaption) {
 }
 
 // Names that reach no decoder or that fail, and a temporary bitmap that
-// cannot be written: a box, the commands back on and the previous picture,
-// caption, kind and flags untouched.
+// cannot be written (a folder stands at its name): a box, the commands back
+// on and the previous picture, caption, kind and flags untouched.
 TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
     const std::string good = openFile("first.pi1", vtest::randomBytes(32034, 4));
     ASSERT_EQ(ui.label, "FIRST.PI1  Degas 320*200 16 Colour");
@@ -51,13 +50,12 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
     fs::create_directories(dir.path() / "folder.neo");
     // Files their decoders turn down: a Tiny resolution byte out of range and
     // Spectrum files one byte short or long.
-    vtest::Bytes tiny = vtest::randomBytes(2000, 6);
-    tiny[0] = 6;
-    vtest::writeFile(dir.file("bad.tn1"), tiny);
+    vtest::writeFile(dir.file("bad.tn1"), {6, 0, 0, 0});
     vtest::writeFile(dir.file("short.spu"), vtest::randomBytes(51103, 7));
     vtest::writeFile(dir.file("long.spu"), vtest::randomBytes(51105, 8));
     ASSERT_EQ(::mkfifo(dir.file("x.pi1").c_str(), 0600), 0);
     fs::create_symlink("/dev/null", dir.file("x.neo"));
+    fs::create_directories(ui.temporaryBitmapPath());
     struct Case {
         std::string name, expectedText, commandLine = "";
     };
@@ -77,6 +75,8 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
         {dir.file("folder.neo"), systemError("folder.neo", "is a folder, not a picture file")},
         {dir.file("x.pi1"), systemError("x.pi1", "is a FIFO, not a picture file")},
         {dir.file("x.neo"), systemError("x.neo", "is a character device, not a picture file")},
+        {good, "Sorry an error has occured.\nThe system reports the following.\n" + ui.temporaryBitmapPath() +
+                   ": cannot replace: Is a directory"},
     };
     if (::geteuid() != 0) {  // root reads a file of mode 000 all the same
         vtest::writeFile(dir.file("locked.pi1"), vtest::randomBytes(32034, 9));
@@ -96,18 +96,9 @@ TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
         EXPECT_TRUE(snapshot() == before) << ui.label;
         EXPECT_EQ(ui.fileNameText, c.name) << "the rejected name stays";
         EXPECT_TRUE(ui.allCommandsEnabled());
-        EXPECT_FALSE(fs::exists(ui.temporaryBitmapPath()));
+        EXPECT_FALSE(fs::is_regular_file(ui.temporaryBitmapPath()));
     }
     EXPECT_FALSE(fs::exists(dir.file("missing.neo"))) << "a missing source is never created";
-
-    fs::create_directories(ui.temporaryBitmapPath());
-    const auto before = snapshot();
-    ui.messages.clear();
-    openNamed(good);
-    ASSERT_EQ(ui.messages.size(), 1u);
-    EXPECT_NE(ui.messages[0].text.find("tmp~~~$$.BMP"), std::string::npos) << ui.messages[0].text;
-    EXPECT_TRUE(snapshot() == before) << ui.label;
-    EXPECT_TRUE(ui.allCommandsEnabled());
 }
 
 TEST(CommandLine, NameRule) {
