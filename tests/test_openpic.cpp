@@ -11,17 +11,21 @@ namespace {
 
 using OpenTest = vtest::ViewerTest;
 
-// A cancelled selector changes nothing; its answer is decoded with the
-// commands off, loaded, captioned, and its temporary bitmap deleted.
-TEST_F(OpenTest, OpensFromTheSelectorAndComposesTheCaption) {
-    const auto before = snapshot();
+// The outcomes of an open: a cancelled selector changes nothing; a picture
+// is decoded with the commands off, loaded, captioned and its temporary
+// bitmap deleted; a name that reaches no decoder or fails, or a temporary
+// bitmap that cannot be written (a folder stands at its name), gives a box,
+// turns the commands back on and leaves the previous picture, caption, kind
+// and flags untouched.
+TEST_F(OpenTest, NoNameChangesNothingAPictureShowsAndAFailureKeepsThePreviousPicture) {
+    const auto start = snapshot();
     v.openpic();
-    EXPECT_TRUE(snapshot() == before) << ui.label;
+    EXPECT_TRUE(snapshot() == start) << ui.label;
     EXPECT_EQ(ui.repaints, 0);
 
-    const std::string path = dir.file("pic.neo");
-    vtest::writeFile(path, vtest::randomBytes(32128, 1));
-    ui.selectorAnswers.push_back(path);
+    const std::string good = dir.file("first.pi1");
+    vtest::writeFile(good, vtest::randomBytes(32034, 4));
+    ui.selectorAnswers.push_back(good);
     bool offDuringYield = false;
     ui.onYield = [&] { offDuringYield = offDuringYield || ui.allCommandsDisabled(); };
     v.openpic();
@@ -30,20 +34,12 @@ TEST_F(OpenTest, OpensFromTheSelectorAndComposesTheCaption) {
     EXPECT_EQ(std::tie(selector.flags, selector.filterIndex, selector.title),
               std::make_tuple(6148, 1, std::string("Select Picture File.")));
     EXPECT_TRUE(offDuringYield);
-    EXPECT_EQ(ui.label, "PIC.NEO  Neo 320*200 16 Colour");
+    EXPECT_EQ(ui.label, "FIRST.PI1  Degas 320*200 16 Colour");
     EXPECT_EQ(std::tie(v.kind, v.saved, v.nopicture), std::make_tuple(1, kFalse, kFalse));
     EXPECT_TRUE(ui.messages.empty());
     EXPECT_TRUE(ui.allCommandsEnabled());
     EXPECT_FALSE(fs::exists(ui.temporaryBitmapPath()));
     EXPECT_EQ(ui.repaints, 1);
-}
-
-// Names that reach no decoder or that fail, and a temporary bitmap that
-// cannot be written (a folder stands at its name): a box, the commands back
-// on and the previous picture, caption, kind and flags untouched.
-TEST_F(OpenTest, FailuresKeepThePreviousPicture) {
-    const std::string good = openFile("first.pi1", vtest::randomBytes(32034, 4));
-    ASSERT_EQ(ui.label, "FIRST.PI1  Degas 320*200 16 Colour");
     v.saved = kTrue;  // as after a save
 
     vtest::writeFile(dir.file("mixed.Neo"), vtest::randomBytes(32128, 5));

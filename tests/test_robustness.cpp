@@ -14,7 +14,7 @@ using Robustness = vtest::ViewerTest;
 
 TEST_F(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
     std::uint32_t seed = 1;
-    std::size_t opened = 0, pictures = 0;
+    int pictures = 0;
     for (const Format& f : formatTable())
         for (std::size_t length : kLengths)
             for (bool zeros : {false, true}) {
@@ -23,7 +23,6 @@ TEST_F(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
                 const std::size_t messages = ui.messages.size();
                 openFile(name, zeros ? vtest::Bytes(length, 0) : vtest::randomBytes(length, seed));
                 SCOPED_TRACE(name);
-                ++opened;
                 ASSERT_TRUE(ui.allCommandsEnabled());
                 if (ui.messages.size() == messages) {
                     ++pictures;
@@ -34,8 +33,8 @@ TEST_F(Robustness, EveryExtensionSurvivesRandomAndTruncatedFiles) {
                 }
             }
     // The Spectrum length test and the Tiny resolution byte refuse files.
-    EXPECT_GT(pictures, 0u);
-    EXPECT_LT(pictures, opened);
+    EXPECT_GT(pictures, 0);
+    EXPECT_FALSE(ui.messages.empty());
 }
 
 }  // namespace

@@ -13,10 +13,6 @@ namespace fs = std::filesystem;
 namespace {
 
 struct ToolsTest : vtest::ViewerTest {
-    void SetUp() override {
-        vtest::ViewerTest::SetUp();
-        v.options.save = 1;
-    }
     // Opens a picture of random bytes; gives the bitmap a fresh decode of it writes.
     Bytes open(const std::string& ext, std::uint32_t seed = 1) {
         const std::size_t size = ext == "SPU" ? 51104 : ext == "MAC" ? 52000 : 32034;
@@ -30,6 +26,7 @@ struct ToolsTest : vtest::ViewerTest {
 };
 
 TEST_F(ToolsTest, SaveWritesTheStagedBitmapAndOnlyASaveDisarmsTheQuitWarning) {
+    v.options.save = 1;
     v.fmenu_Click(1);
     EXPECT_EQ(ui.messages.at(0).text + ui.messages.at(0).title, "Need to load a picture before it can be saved.No picture.");
     EXPECT_TRUE(ui.saveRuns.empty()) << "no dialog before a picture was opened";
