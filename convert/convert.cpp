@@ -408,14 +408,18 @@ int runConvert(const std::vector<std::string>& args, Console& console) {
     }
     const ConvertOptions& o = *parsed;
     const Collected collected = collectJobs(o);
-    if (const std::vector<std::string> clashes = collisions(collected.jobs); !clashes.empty()) {
-        for (const std::string& line : clashes) console.err(line + "\n");
-        return 2;
+    const std::vector<Job>& jobs = collected.jobs;
+    if (jobs.size() > 1) {
+        if (const std::vector<std::string> clashes = collisions(jobs); !clashes.empty()) {
+            for (const std::string& line : clashes) console.err(line + "\n");
+            return 2;
+        }
     }
     for (const std::string& line : collected.errors) console.err(line + "\n");
-    const std::vector<Job>& jobs = collected.jobs;
-    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    const std::size_t workers = std::min<std::size_t>(o.jobs > 0 ? std::size_t(o.jobs) : cores, jobs.size());
+    // One file is converted here, without asking how many cores there are.
+    std::size_t workers = 1;
+    if (jobs.size() > 1) workers = o.jobs > 0 ? std::size_t(o.jobs) : std::max(1u, std::thread::hardware_concurrency());
+    workers = std::min(workers, jobs.size());
     bool failed = !collected.errors.empty();
     {
         Reporter report(o, console, jobs.size());
