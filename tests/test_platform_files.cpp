@@ -1,8 +1,6 @@
 // Files as the decoders and the temporary bitmap need them: a source read up
 // to its limit, a private folder for the bitmap, and nothing planted at the
 // bitmap's name ever followed.
-#include <sys/stat.h>
-
 #include "convert/convert.h"
 #include "platform/files.h"
 #include "viewer_fixture.h"
@@ -24,17 +22,13 @@ TEST(Files, ReadSourceStopsAtTheLimitButKnowsTheLength) {
 TEST(Files, PrivateFolderIsTheProcessesAloneAndGoesWithIt) {
     vtest::TempDir runtime;
     ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
-    std::string path;
-    {
-        files::PrivateFolder folder;
-        path = folder.path();
-        ::unsetenv("XDG_RUNTIME_DIR");
-        EXPECT_EQ(fs::path(path).parent_path(), runtime.path());
-        struct stat st {};
-        ASSERT_EQ(::stat(path.c_str(), &st), 0);
-        EXPECT_EQ(st.st_mode & 0777, 0700u);
-        vtest::writeFile(path + "/left.bmp", {1});
-    }
+    auto folder = std::make_unique<files::PrivateFolder>();
+    const fs::path path = folder->path();
+    ::unsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(path.parent_path(), runtime.path());
+    EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all);
+    vtest::writeFile((path / "left.bmp").string(), {1});
+    folder.reset();
     EXPECT_FALSE(fs::exists(path));
 }
 
