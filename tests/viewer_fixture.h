@@ -28,13 +28,6 @@ struct ViewerOn : ::testing::Test {
     // What an open or a command may change beside the picture.
     auto state() { return std::make_tuple(ui.label, v.kind, v.saved, v.nopicture, ui.outerW, ui.outerH); }
     auto snapshot() { return std::make_pair(state(), ui.image); }
-    // Writes `bytes` as `name` in the folder and opens it.
-    std::string openFile(const std::string& name, const Bytes& bytes) {
-        const std::string path = dir.file(name);
-        writeFile(path, bytes);
-        openNamed(path);
-        return path;
-    }
 };
 
 using ViewerTest = ViewerOn<velmoric::HeadlessPlatform>;
