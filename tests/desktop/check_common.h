@@ -30,11 +30,6 @@ inline const velmoric::Format* rowOf(const std::string& name) {
     return velmoric::findFormat(ext);
 }
 
-inline std::vector<char> bytesOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<char>(std::istreambuf_iterator<char>(in), {});
-}
-
 // Prints a failure with the file it concerns and counts it.
 inline int failures = 0;
 inline void fail(const std::string& file, const std::string& what) {

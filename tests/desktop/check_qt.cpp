@@ -27,19 +27,11 @@ int main(int argc, char** argv) {
         if (type.toStdString() != vcheck::rowOf(picture)->mimeType) fail(picture, "typed " + type.toStdString());
         QImageReader reader(name);
         const QImage image = reader.read(), reference(QString::fromStdString(bitmap), "BMP");
-        const int repeat = reference.size() == QSize(640, 200) ? 2 : 1;
-        if (image.isNull() || image.width() != reference.width() || image.height() != reference.height() * repeat) {
-            fail(picture, "read as " + std::to_string(image.width()) + "x" + std::to_string(image.height()) + " " +
-                              reader.errorString().toStdString());
-            continue;
-        }
-        const auto differs = [&] {
-            for (int y = 0; y < image.height(); ++y)
-                for (int x = 0; x < image.width(); ++x)
-                    if ((image.pixel(x, y) ^ reference.pixel(x, y / repeat)) & 0xFFFFFF) return true;
-            return false;
-        };
-        if (differs()) fail(picture, "pixels other than the converter's");
+        // Medium resolution (640 by 200) with every line doubled.
+        const QSize size(reference.width(), reference.size() == QSize(640, 200) ? 400 : reference.height());
+        const auto rgb = [](const QImage& i) { return i.convertToFormat(QImage::Format_RGB32); };
+        if (image.size() != size || rgb(image) != rgb(reference.scaled(size)))
+            fail(picture, image.isNull() ? reader.errorString().toStdString() : "pixels other than the converter's");
     }
     for (const auto& [file, unused] : broken) {
         QImageReader reader(QString::fromStdString(file));
