@@ -12,37 +12,25 @@ using namespace velmoric;
 
 namespace {
 
-desktop::DesktopPicture decodeBytes(const char* key, const vtest::Bytes& bytes) {
-    return desktop::decodeForDesktop(*desktop::formatForKey(key), bytes, bytes.size());
+desktop::DesktopPicture decodePi2(const vtest::Bytes& bytes) {
+    return desktop::decodeForDesktop(*findFormat("pi2"), bytes, bytes.size());
 }
 
-TEST(DesktopPicture, BrokenFilesGiveTheirReason) {
-    vtest::Bytes farColours(100);
-    farColours[5] = 100;  // the colour data of a smooshed Spectrum picture 6 megabytes in
-    const struct {
-        const char* key;
-        vtest::Bytes bytes;
-        std::string reason;
-    } cases[] = {
-        {"NEO", {}, "the file is empty"},
-        {"spu", vtest::Bytes(100), "not a valid Spectrum 512 file"},
-        {"pc1", vtest::Bytes(100), "the file ends before the picture does"},
-        {"pi1", vtest::Bytes(100), "the file ends before the first row of the picture"},
-        {"tn1", vtest::Bytes(100), "not a valid Tiny low resolution file: its control bytes lie outside the file"},
-        {"sps", farColours, "not a valid Spectrum 512 smooshed file: its colour data lie outside the file"},
-    };
-    for (const auto& c : cases) EXPECT_EQ(decodeBytes(c.key, c.bytes).error, c.reason) << c.key;
-    EXPECT_EQ(desktop::decodeForDesktop(*findFormat("neo"), vtest::Bytes(200), 1u << 30).error,
-              "the file is far longer than any Atari picture");
-    EXPECT_EQ(desktop::formatForKey("Neo"), findFormat("neo"));
-    EXPECT_EQ(desktop::formatForKey("neoo"), nullptr);
+// The thumbnailer's exit status and what it wrote to its error stream.
+std::pair<int, std::string> thumbnail(std::vector<std::string> args) {
+    args.insert(args.begin(), "velmoric-thumbnailer");
+    std::vector<char*> argv;
+    for (auto& a : args) argv.push_back(a.data());
+    std::ostringstream err;
+    const int status = desktop::runThumbnailer(int(argv.size()), argv.data(), err);
+    return {status, err.str()};
 }
 
 TEST(DesktopPicture, APlainPictureCutAfterItsFirstRowsShowsThemLinesDoubled) {
     const vtest::Bytes whole = vtest::readFile((vtest::corpusDir() / "../synthetic/pi2_000.PI2").string());
     if (whole.empty()) GTEST_SKIP() << "no synthetic pictures";
-    const auto full = decodeBytes("pi2", whole);
-    const auto cut = decodeBytes("pi2", vtest::Bytes(whole.begin(), whole.begin() + 34 + 160 * 20));  // 20 rows
+    const auto full = decodePi2(whole);
+    const auto cut = decodePi2(vtest::Bytes(whole.begin(), whole.begin() + 34 + 160 * 20));  // 20 rows
     ASSERT_TRUE(full.ok && cut.ok) << cut.error;
     EXPECT_EQ(cut.height, 400);
     // The whole picture's doubled lines are checked against the converter by the installed plugins.
@@ -62,8 +50,7 @@ TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean)
         for (int y = 0; y < c.height; ++y)  // a chequer board of single pixels
             for (int x = 0; x < c.width; ++x) p.pixels.push_back((x + y) % 2 ? 0xFFFFFF : std::uint32_t(x * 7 + y));
         const auto t = desktop::thumbnailOf(p, c.size);
-        ASSERT_EQ(t.width, c.thumbWidth) << c.width << " at " << c.size;
-        ASSERT_EQ(t.height, c.thumbHeight) << c.width << " at " << c.size;
+        ASSERT_EQ(std::pair(t.width, t.height), std::pair(c.thumbWidth, c.thumbHeight)) << c.width << " at " << c.size;
         const int k = t.width / c.width;
         for (int y = 0; y < t.height; ++y)
             for (int x = 0; x < t.width; ++x) {
@@ -77,28 +64,41 @@ TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean)
     }
 }
 
-TEST(DesktopThumbnail, TheProgramNamesTheFileAndTheReason) {
+// A file manager runs the thumbnailer on whatever carries a picture's name:
+// a refusal names the file and the reason, and leaves no thumbnail.
+TEST(DesktopThumbnail, RefusalsNameTheFileAndTheReason) {
     vtest::TempDir dir;
-    const std::string broken = dir.file("broken.pc1"), other = dir.file("other.png"), out = dir.file("x.png");
-    vtest::writeFile(broken, vtest::Bytes(50));
+    const std::string out = dir.file("x.png");
     const struct {
-        std::vector<std::string> args;
-        int status;
-        std::string message;
-    } cases[] = {  // the program's name first, which it does not read
-        {{"", "-s", "0", broken, out}, 2, "bad size '0'"},
-        {{"", broken}, 2, "usage:"},
-        {{"", broken, out}, 1, broken + ": the file ends before the picture does"},
-        {{"", other, out}, 1, other + ": not an Atari picture name"},
-        {{"", dir.file("gone.neo"), out}, 1, dir.file("gone.neo") + ": "},
+        const char* name;
+        vtest::Bytes start;
+        long long length;  // of the file, its start filled up with zeros; -1: no file
+        std::string reason;
+    } cases[] = {
+        {"a.Neo", {}, 0, "the file is empty"},
+        {"a.spu", {}, 100, "not a valid Spectrum 512 file"},
+        {"a.pc1", {}, 100, "the file ends before the picture does"},
+        {"a.pi1", {}, 100, "the file ends before the first row of the picture"},
+        {"a.tn1", {}, 100, "not a valid Tiny low resolution file: its control bytes lie outside the file"},
+        // The colour data of a smooshed Spectrum picture 6 megabytes in.
+        {"a.sps", {0, 0, 0, 0, 0, 100}, 100,
+         "not a valid Spectrum 512 smooshed file: its colour data lie outside the file"},
+        {"a.neo", {}, 1 << 30, "the file is far longer than any Atari picture"},
+        {"a.png", {}, 100, "not an Atari picture name"},
+        {"gone.neo", {}, -1, ""},
     };
-    for (auto c : cases) {
-        std::vector<char*> argv;
-        for (auto& a : c.args) argv.push_back(a.data());
-        std::ostringstream err;
-        EXPECT_EQ(desktop::runThumbnailer(int(argv.size()), argv.data(), err), c.status) << c.args[1];
-        EXPECT_NE(err.str().find(c.message), std::string::npos) << err.str();
+    for (const auto& c : cases) {
+        const std::string file = dir.file(c.name);
+        if (c.length >= 0) {
+            vtest::writeFile(file, c.start);
+            vtest::fs::resize_file(file, std::uintmax_t(c.length));
+        }
+        const auto [status, err] = thumbnail({file, out});
+        EXPECT_EQ(status, 1) << c.name;
+        EXPECT_NE(err.find(file + ": " + c.reason), std::string::npos) << err;
     }
+    EXPECT_EQ(thumbnail({"-s", "0", dir.file("a.pc1"), out}), std::pair(2, std::string("velmoric-thumbnailer: bad size '0'\n")));
+    EXPECT_EQ(thumbnail({dir.file("a.pc1")}).first, 2) << "no output named";
     EXPECT_FALSE(vtest::fs::exists(out));
 }
 
