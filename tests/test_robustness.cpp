@@ -29,9 +29,7 @@ TEST_F(Robustness, FailuresKeepThePreviousPicture) {
     ASSERT_EQ(::mkfifo(dir.file("x.pi1").c_str(), 0600), 0);
     fs::create_symlink("/dev/null", dir.file("x.neo"));
     fs::create_directories(ui.temporaryBitmapPath());
-    struct Case {
-        std::string name, expectedText, commandLine = "";
-    };
+    struct Case { std::string name, expectedText, commandLine = ""; };
     const std::string fileError = "#Sorry a file error has occured.\nProbably an incorrect file type or invalid picture file.";
     const auto systemError = [&](const std::string& name, const std::string& reason) {
         return "Sorry an error has occured.\nThe system reports the following.\n" + dir.file(name) + ": " + reason;
