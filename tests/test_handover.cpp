@@ -9,32 +9,31 @@ using namespace velmoric;
 
 namespace {
 
-// One copy of the program: its platform and its window's core, started up.
+// One copy of the program: its platform and its window's core.
 struct Copy {
     HeadlessPlatform ui;
     Viewer v{ui};
-    Copy(const std::shared_ptr<HeadlessBus>& bus, const std::string& commandLine, int single, const std::string& folder) {
-        ui.bus = bus;
-        ui.commandLineText = commandLine;
-        ui.setProgramFolder(folder);
-        ui.registeredExtensions.insert("spu");
-        v.Form_Load();
-        v.options.single = std::int16_t(single);
-    }
 };
 
 struct HandoverTest : ::testing::Test {
     vtest::TempDir dir;
     std::shared_ptr<HeadlessBus> bus = std::make_shared<HeadlessBus>();
 
-    std::string picture(const std::string& name, std::uint32_t seed = 1) {
+    std::string picture(const std::string& name, std::uint32_t seed) {
         const std::string path = dir.file(name);
         vtest::writeFile(path, vtest::randomBytes(32128, seed));
         return path;
     }
-    std::unique_ptr<Copy> start(const std::string& commandLine, int single = 0) {
-        auto copy = std::make_unique<Copy>(bus, commandLine, single, dir.path().string());
-        copy->v.Timer1_Timer();
+    // A copy after Form_Load; `tick` runs the first tick of its timer.
+    std::unique_ptr<Copy> start(const std::string& commandLine, int single = 0, bool tick = true) {
+        auto copy = std::make_unique<Copy>();
+        copy->ui.bus = bus;
+        copy->ui.commandLineText = commandLine;
+        copy->ui.setProgramFolder(dir.path().string());
+        copy->ui.registeredExtensions.insert("spu");
+        copy->v.Form_Load();
+        copy->v.options.single = std::int16_t(single);
+        if (tick) copy->v.Timer1_Timer();
         return copy;
     }
 };
@@ -80,7 +79,7 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
 // the name that the command left, and the caption names that file.
 TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {
     const std::string outer = picture("outer.neo", 3), inner = picture("inner.neo", 4);
-    auto first = std::make_unique<Copy>(bus, outer, 0, dir.path().string());
+    auto first = start(outer, 0, false);
     first->ui.onYield = [&] {
         if (first->ui.yields == 1) first->ui.incoming.push_back(inner);
     };

@@ -1,6 +1,6 @@
 // The options dialog's arithmetic without a window: the preview's place on
-// its sheet in 32-bit floats and whole twips, and the delay buttons. What the
-// dialog shows and stores is tested on the real dialog.
+// its sheet in 32-bit floats and whole twips. What the dialog shows and
+// stores is tested on the real dialog.
 #include <cmath>
 
 #include "options/optionsdialog.h"
@@ -21,11 +21,6 @@ TEST(OptionsPreview, AgreesWithFloatArithmeticForEveryScaleAndOrientation) {
                                         int(std::nearbyint(iw)), int(std::nearbyint(ih))};
             EXPECT_EQ(previewPlace(scale, kSheetWidth, height), expected) << scale << " on " << height;
         }
-}
-
-TEST(OptionsDelay, EveryOtherValueSelectsTwoSeconds) {
-    for (const auto& [delay, index] : {std::pair{0, 0}, {2, 1}, {5, 2}, {10, 3}, {15, 4}, {7, 1}, {-1, 1}, {1, 1}})
-        EXPECT_EQ(option1IndexFor(delay), index) << delay;
 }
 
 }  // namespace
