@@ -12,10 +12,6 @@ using namespace velmoric;
 
 namespace {
 
-desktop::DesktopPicture decodePi2(const vtest::Bytes& bytes) {
-    return desktop::decodeForDesktop(*findFormat("pi2"), bytes, bytes.size());
-}
-
 // The thumbnailer's exit status and what it wrote to its error stream.
 std::pair<int, std::string> thumbnail(std::vector<std::string> args) {
     args.insert(args.begin(), "velmoric-thumbnailer");
@@ -29,8 +25,9 @@ std::pair<int, std::string> thumbnail(std::vector<std::string> args) {
 TEST(DesktopPicture, APlainPictureCutAfterItsFirstRowsShowsThemLinesDoubled) {
     const vtest::Bytes whole = vtest::readFile((vtest::corpusDir() / "../synthetic/pi2_000.PI2").string());
     if (whole.empty()) GTEST_SKIP() << "no synthetic pictures";
-    const auto full = decodePi2(whole);
-    const auto cut = decodePi2(vtest::Bytes(whole.begin(), whole.begin() + 34 + 160 * 20));  // 20 rows
+    const vtest::Bytes part(whole.begin(), whole.begin() + 34 + 160 * 20);  // 20 rows
+    const auto full = desktop::decodeForDesktop(*findFormat("pi2"), whole, whole.size());
+    const auto cut = desktop::decodeForDesktop(*findFormat("pi2"), part, part.size());
     ASSERT_TRUE(full.ok && cut.ok) << cut.error;
     EXPECT_EQ(cut.height, 400);
     // The whole picture's doubled lines are checked against the converter by the installed plugins.
@@ -45,12 +42,11 @@ TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean)
         {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720},
     };
     for (const auto& c : cases) {
-        desktop::DesktopPicture p;
-        p.width = c.width, p.height = c.height;
+        desktop::DesktopPicture p{.width = c.width, .height = c.height};
         for (int y = 0; y < c.height; ++y)  // a chequer board of single pixels
             for (int x = 0; x < c.width; ++x) p.pixels.push_back((x + y) % 2 ? 0xFFFFFF : std::uint32_t(x * 7 + y));
         const auto t = desktop::thumbnailOf(p, c.size);
-        ASSERT_EQ(std::pair(t.width, t.height), std::pair(c.thumbWidth, c.thumbHeight)) << c.width << " at " << c.size;
+        ASSERT_EQ(std::pair(t.width, t.height), std::pair(c.thumbWidth, c.thumbHeight)) << c.width << "@" << c.size;
         const int k = t.width / c.width;
         for (int y = 0; y < t.height; ++y)
             for (int x = 0; x < t.width; ++x) {
@@ -97,7 +93,7 @@ TEST(DesktopThumbnail, RefusalsNameTheFileAndTheReason) {
         EXPECT_EQ(status, 1) << c.name;
         EXPECT_NE(err.find(file + ": " + c.reason), std::string::npos) << err;
     }
-    EXPECT_EQ(thumbnail({"-s", "0", dir.file("a.pc1"), out}), std::pair(2, std::string("velmoric-thumbnailer: bad size '0'\n")));
+    EXPECT_EQ(thumbnail({"-s", "0", dir.file("a.pc1"), out}).first, 2) << "a size of 0";
     EXPECT_EQ(thumbnail({dir.file("a.pc1")}).first, 2) << "no output named";
     EXPECT_FALSE(vtest::fs::exists(out));
 }

@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
         gchar* byContents = g_content_type_guess(nullptr, reinterpret_cast<const guchar*>(bytes.data()),
                                                  std::min<std::size_t>(bytes.size(), 4096), &uncertain);
         sniffed += !uncertain;
-        if (!uncertain) std::cout << "note: " << picture << " looks like " << byContents << " by its first bytes\n";
+        if (!uncertain) std::cout << "note: by its first bytes " << picture << " is " << byContents << "\n";
         g_free(byContents);
         std::string error;
         const Pixbuf reference = read(bitmap, nullptr, error);
@@ -86,7 +86,7 @@ int main(int argc, char** argv) {
     for (const auto& [file, unused] : broken)
         for (const char* how : {vcheck::rowOf(file)->mimeType.data(), static_cast<const char*>(nullptr)}) {
             std::string error;
-            if (read(file, how, error) || error.empty()) fail(file, "a broken file was read, or refused without error");
+            if (read(file, how, error) || error.empty()) fail(file, "read, or refused without an error");
         }
     if (sniffed * 20 > pictures.size()) fail(argv[1], "more pictures typed by their first bytes than the odd one");
     std::cout << "GdkPixbuf: " << pictures.size() << " pictures (" << sniffed << " typed by their first bytes), "

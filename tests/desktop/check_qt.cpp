@@ -22,10 +22,9 @@ int main(int argc, char** argv) {
             !QImageReader::supportedImageFormats().contains(QByteArray(f.lower.data(), int(f.lower.size()))))
             fail(std::string(f.lower), "not among Qt's image formats and types");
     for (const auto& [picture, bitmap] : pictures) {
-        const QString name = QString::fromStdString(picture);
-        const QString type = QMimeDatabase().mimeTypeForFile(name).name();
+        const QString type = QMimeDatabase().mimeTypeForFile(QString::fromStdString(picture)).name();
         if (type.toStdString() != vcheck::rowOf(picture)->mimeType) fail(picture, "typed " + type.toStdString());
-        QImageReader reader(name);
+        QImageReader reader(QString::fromStdString(picture));
         const QImage image = reader.read(), reference(QString::fromStdString(bitmap), "BMP");
         // Medium resolution (640 by 200) with every line doubled.
         const QSize size(reference.width(), reference.size() == QSize(640, 200) ? 400 : reference.height());
