@@ -25,13 +25,8 @@ inline std::unique_ptr<Staging> freshStaging() {
 // Spectrum decoders, a 24-bit bitmap.
 inline bool sizeFitsKind(const Decoded& d) {
     const std::size_t n = d.bitmap.size();
-    switch (d.kind) {
-    case 1: return n == 2 * kLowBmpWords || n == kTrueBmpSize;
-    case 2: return n == 2 * kMedBmpWords;
-    case 3: return n == 2 * kMonoBmpWords;
-    case 4: return n == kMacBmpSize;
-    default: return false;
-    }
+    return (d.kind == 1 && (n == 2 * kLowBmpWords || n == kTrueBmpSize)) || (d.kind == 2 && n == 2 * kMedBmpWords) ||
+           (d.kind == 3 && n == 2 * kMonoBmpWords) || (d.kind == 4 && n == kMacBmpSize);
 }
 
 // An accepted decode gives a whole bitmap file of its kind's size, whose
@@ -41,11 +36,6 @@ inline void checkBitmap(const Decoded& d) {
     if (!sizeFitsKind(d) || d.bitmap[0] != 'B' || d.bitmap[1] != 'M') std::abort();
     const std::size_t stated = d.bitmap[2] | (d.bitmap[3] << 8) | (d.bitmap[4] << 16) | (std::size_t(d.bitmap[5]) << 24);
     if (stated != d.bitmap.size() || d.caption.empty() || d.caption[0] != ' ') std::abort();
-}
-
-inline void checkSame(const Decoded& a, const Decoded& b) {
-    if (a.rejected != b.rejected || a.kind != b.kind || a.caption != b.caption) std::abort();
-    if (!std::equal(a.bitmap.begin(), a.bitmap.end(), b.bitmap.begin(), b.bitmap.end())) std::abort();
 }
 
 inline int decodeOne(const std::uint8_t* data, std::size_t size, std::initializer_list<std::string_view> family) {
@@ -61,9 +51,11 @@ inline int decodeOne(const std::uint8_t* data, std::size_t size, std::initialize
     checkBitmap(decodeWith(*format, *viewer, source));
 
     const auto first = freshStaging(), second = freshStaging();
-    const Decoded a = decodeWith(*format, *first, source);
+    const Decoded a = decodeWith(*format, *first, source), b = decodeWith(*format, *second, source);
     checkBitmap(a);
-    checkSame(a, decodeWith(*format, *second, source));
+    if (a.rejected != b.rejected || a.kind != b.kind || a.caption != b.caption ||
+        !std::equal(a.bitmap.begin(), a.bitmap.end(), b.bitmap.begin(), b.bitmap.end()))
+        std::abort();
     return 0;
 }
 

@@ -35,8 +35,8 @@ private:
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    static const bool quiet = (qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {}), true);
-    (void)quiet;
+    [[maybe_unused]] static const auto previous =
+        qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     if (size == 0) return 0;
     const auto table = velmoric::formatTable();
     const velmoric::Format& format = table[(data[0] & 0x7F) % table.size()];

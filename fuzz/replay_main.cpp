@@ -19,12 +19,9 @@ int main(int argc, char** argv) {
     std::vector<fs::path> inputs;
     for (int i = 1; i < argc; ++i) {
         std::error_code ec;
-        if (fs::is_directory(argv[i], ec)) {
-            for (const auto& e : fs::recursive_directory_iterator(argv[i]))
-                if (e.is_regular_file() && e.path().filename() != ".gitkeep") inputs.push_back(e.path());
-        } else if (fs::exists(argv[i], ec)) {
-            inputs.push_back(argv[i]);
-        }
+        if (fs::exists(argv[i], ec) && !fs::is_directory(argv[i], ec)) inputs.push_back(argv[i]);
+        for (auto it = fs::recursive_directory_iterator(argv[i], ec); !ec && it != fs::end(it); it.increment(ec))
+            if (it->is_regular_file() && it->path().filename() != ".gitkeep") inputs.push_back(it->path());
     }
     std::sort(inputs.begin(), inputs.end());
     double slowest = 0;
