@@ -5,8 +5,8 @@
 #    look, desktop-file-validate passes the desktop entry, and the MIME
 #    package, the desktop entry and the thumbnailer entry name the same types;
 #  - update-mime-database over the system's types and the installed package
-#    maps every shared picture to its format's type (checked by Qt's and by
-#    GIO's MIME lookup in the checkers);
+#    maps every shared picture to its format's type (checked by Qt's MIME
+#    lookup in the Qt checker);
 #  - the Qt 6 and Qt 5 plugins (checkers $qt6, $qt5 with plugin folders
 #    $qt6dir, $qt5dir) and the GdkPixbuf loader ($pixbuf, with a loader cache
 #    made by $query over the modules in $loaderdir) read every picture of
