@@ -1,10 +1,11 @@
-// The real message box and open dialog of QtPlatform, answered by a timer
-// that finds them on screen.
+// The real message box and open dialog of QtPlatform, answered as soon as
+// they are on screen, and the rules by which the platform turns its
+// arguments, measures and patterns into Qt's.
 #include <QAbstractButton>
-#include <QComboBox>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
-#include <QTimer>
+#include <QRegularExpression>
 
 #include "window_fixture.h"
 
@@ -12,91 +13,54 @@ using namespace vqt;
 
 namespace {
 
-// Runs `answer` on the modal dialog as soon as it is open.
-template <typename Dialog>
-void whenOpen(std::function<void(Dialog*)> answer) {
-    auto* timer = new QTimer;
-    timer->setInterval(10);
-    QObject::connect(timer, &QTimer::timeout, [timer, answer] {
-        if (auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget())) {
-            timer->stop();
-            timer->deleteLater();
-            answer(dialog);
-        }
-    });
-    timer->start();
-}
-
-struct RealDialogs : ::testing::Test {
+TEST(RealDialogs, MessageBoxShowsTitleTextButtonsAndIconAndGivesTheAnswer) {
     QtPlatform platform{{}};
-};
-
-TEST_F(RealDialogs, MessageBoxShowsTitleTextButtonsAndIcon) {
-    QMessageBox::Icon icon = QMessageBox::NoIcon;
-    QString title, text;
-    int buttons = 0;
-    whenOpen<QMessageBox>([&](QMessageBox* box) {
-        icon = box->icon();
-        title = box->windowTitle();
-        text = box->text();
-        buttons = box->buttons().size();
-        box->button(QMessageBox::No)->click();
-    });
-    const Answer a = platform.messageBox("first\rsecond", "Register Files", Buttons::YesNo, Icon::None);
-    EXPECT_EQ(a, Answer::No);
-    EXPECT_EQ(title, "Register Files");
-    EXPECT_EQ(text, "first\nsecond") << "a carriage return ends a line";
-    EXPECT_EQ(icon, QMessageBox::NoIcon);
-    EXPECT_EQ(buttons, 2);
-
-    whenOpen<QMessageBox>([&](QMessageBox* box) {
-        icon = box->icon();
-        box->button(QMessageBox::Yes)->click();
-    });
-    EXPECT_EQ(platform.messageBox("q", "Warning.", Buttons::YesNo, Icon::Question), Answer::Yes);
-    EXPECT_EQ(icon, QMessageBox::Question);
-
-    whenOpen<QMessageBox>([&](QMessageBox* box) {
-        icon = box->icon();
-        buttons = box->buttons().size();
-        box->button(QMessageBox::Ok)->click();
-    });
-    EXPECT_EQ(platform.messageBox("e", "Error.", Buttons::Ok, Icon::Exclamation), Answer::Ok);
-    EXPECT_EQ(icon, QMessageBox::Warning);
-    EXPECT_EQ(buttons, 1);
+    const struct {
+        Buttons buttons;
+        Icon icon;
+        QMessageBox::StandardButton click;
+        Answer answer;
+        QMessageBox::Icon shown;
+    } rows[] = {
+        {Buttons::YesNo, Icon::None, QMessageBox::No, Answer::No, QMessageBox::NoIcon},
+        {Buttons::YesNo, Icon::Question, QMessageBox::Yes, Answer::Yes, QMessageBox::Question},
+        {Buttons::Ok, Icon::Exclamation, QMessageBox::Ok, Answer::Ok, QMessageBox::Warning},
+        {Buttons::Ok, Icon::Information, QMessageBox::Ok, Answer::Ok, QMessageBox::Information},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(int(row.icon));
+        whenModal<QMessageBox>([&](QMessageBox* box) {
+            EXPECT_EQ(box->windowTitle(), "Register Files");
+            EXPECT_EQ(box->text(), "first\nsecond") << "a carriage return ends a line";
+            EXPECT_EQ(box->icon(), row.shown);
+            EXPECT_EQ(box->buttons().size(), row.buttons == Buttons::Ok ? 1 : 2);
+            box->button(row.click)->click();
+        });
+        EXPECT_EQ(platform.messageBox("first\rsecond", "Register Files", row.buttons, row.icon), row.answer);
+    }
 }
 
-TEST_F(RealDialogs, OpenDialogHasTheFiltersAndGivesTheChosenFile) {
+TEST(RealDialogs, OpenDialogHasTheFiltersAndGivesTheChosenFileOrNothing) {
+    QtPlatform platform{{}};
     vtest::TempDir dir;
     const std::string path = dir.file("Mixed.Pi1");
     vtest::writeFile(path, vtest::Bytes(10, 0));
-    QString title, selectedFilter;
-    QStringList filters;
-    QFileDialog::FileMode mode = QFileDialog::AnyFile;
-    whenOpen<QFileDialog>([&](QFileDialog* dialog) {
-        title = dialog->windowTitle();
-        filters = dialog->nameFilters();
-        selectedFilter = dialog->selectedNameFilter();
-        mode = dialog->fileMode();
-        dialog->selectFile(QString::fromStdString(path));
-        QMetaObject::invokeMethod(dialog, "accept");
-    });
-    platform.setFileName("before");
-    platform.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
-    EXPECT_EQ(platform.fileName(), path);
-    EXPECT_EQ(title, "Select Picture File.");
-    EXPECT_EQ(filters, nameFiltersFor(kOpenFilter));
-    EXPECT_EQ(selectedFilter, "Atari Pictures") << "the first entry, shown by its description";
-    EXPECT_EQ(mode, QFileDialog::ExistingFile) << "the file must exist";
-
-    whenOpen<QFileDialog>([&](QFileDialog* dialog) { dialog->reject(); });
-    platform.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
-    EXPECT_EQ(platform.fileName(), "") << "a cancel leaves the name empty";
+    for (const bool cancel : {false, true}) {
+        whenModal<QFileDialog>([&](QFileDialog* dialog) {
+            EXPECT_EQ(dialog->windowTitle(), "Select Picture File.");
+            EXPECT_EQ(dialog->nameFilters(), nameFiltersFor(kOpenFilter));
+            EXPECT_EQ(dialog->selectedNameFilter(), "Atari Pictures") << "the first entry, shown by its description";
+            EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFile) << "the file must exist";
+            if (cancel) return dialog->reject();
+            // Typed as a whole path: no wait for the listing of the folder.
+            dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
+            QMetaObject::invokeMethod(dialog, "accept");
+        });
+        platform.setFileName("before");
+        platform.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
+        EXPECT_EQ(platform.fileName(), cancel ? "" : path) << "a cancel leaves the name empty";
+    }
 }
-
-}  // namespace
-
-namespace {
 
 TEST(QtPlatformText, TheCommandLineIsTheArgumentsJoinedByOneBlank) {
     EXPECT_EQ(QtPlatform({}).commandLine(), "");
@@ -105,10 +69,21 @@ TEST(QtPlatformText, TheCommandLineIsTheArgumentsJoinedByOneBlank) {
 }
 
 TEST(QtPlatformText, TwipsBecomeTheNearestPixel) {
-    EXPECT_EQ(twipsToPixels(3600), 240);
-    EXPECT_EQ(twipsToPixels(3607), 240);
-    EXPECT_EQ(twipsToPixels(3608), 241);
-    EXPECT_EQ(twipsToPixels(-15), -1);
+    for (auto [twips, pixels] : {std::pair{3600, 240}, {3607, 240}, {3608, 241}, {-15, -1}})
+        EXPECT_EQ(twipsToPixels(twips), pixels) << twips;
+}
+
+TEST(QtPlatformText, OpenDialogPatternsMatchInAnyCase) {
+    const std::tuple<const char*, const char*, bool> rows[] = {
+        {"*.NEO", "x.neo", true}, {"*.NEO", "X.NEO", true},  {"*.NEO", "x.Neo", true}, {"*.NEO", "x.ne", false},
+        {"*.PI?", "a.pI3", true}, {"*.PI?", "a.PI", false},  {"*.TN?", "b.tny", true}, {"*.CA?", "c.ca1", true},
+        {"*.SPU", "s.spc", false}, {"*.MAC", "m.Mac", true},
+    };
+    for (const auto& [pattern, name, matches] : rows) {
+        const QString wildcard = caseInsensitivePattern(QString::fromLatin1(pattern));
+        const QRegularExpression re(QRegularExpression::wildcardToRegularExpression(wildcard));
+        EXPECT_EQ(re.match(QString::fromLatin1(name)).hasMatch(), matches) << pattern << " " << name;
+    }
 }
 
 }  // namespace
