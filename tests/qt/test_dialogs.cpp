@@ -1,6 +1,6 @@
 // The real message box and open dialog of QtPlatform, answered as soon as
-// they are on screen, and the rules by which the platform turns its
-// arguments, measures and patterns into Qt's.
+// they are on screen, and the rules by which the platform turns measures and
+// patterns into Qt's.
 #include <QAbstractButton>
 #include <QFileDialog>
 #include <QLineEdit>
@@ -60,12 +60,6 @@ TEST(RealDialogs, OpenDialogHasTheFiltersAndGivesTheChosenFileOrNothing) {
         platform.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
         EXPECT_EQ(platform.fileName(), cancel ? "" : path) << "a cancel leaves the name empty";
     }
-}
-
-TEST(QtPlatformText, TheCommandLineIsTheArgumentsJoinedByOneBlank) {
-    EXPECT_EQ(QtPlatform({}).commandLine(), "");
-    EXPECT_EQ(QtPlatform({"C:\\PICS\\A.NEO", "/X"}).commandLine(), "C:\\PICS\\A.NEO /X");
-    EXPECT_EQ(QtPlatform({"/p/my pic.pi1"}).commandLine(), "/p/my pic.pi1");
 }
 
 TEST(QtPlatformText, TwipsBecomeTheNearestPixel) {
