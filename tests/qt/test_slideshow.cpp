@@ -92,26 +92,25 @@ struct SlideShowTest : WindowTest {
     }
 };
 
-TEST_F(SlideShowTest, Form3ListsTheFoldersTheCurrentFolderFollowsItAndOnlyStartClearsTheFlag) {
+// Parents above, sub-folders below, no hidden ones. A folder or a drive
+// that cannot be entered gives the error box and leaves both lists as they
+// were. Cancel and the close box leave the flag that only Start clears.
+TEST_F(SlideShowTest, Form3FollowsTheFolderChosenAndOnlyStartClearsTheFlag) {
     for (const char* sub : {"b/inner", "A", ".hidden"}) fs::create_directories(folder.path() / sub);
     fs::current_path(folder.path());
     std::int16_t flag = -1;
     Form3 f(*platform, flag, form.get());
     f.show();
     const QString root = QStorageInfo(qpath(folder.path())).rootPath();
-    EXPECT_EQ(f.drive1()->itemText(0), "/");
-    EXPECT_EQ(f.drive1()->currentText(), root);
     const QStringList parents = QStringList{"/"} + qpath(folder.path()).split('/', Qt::SkipEmptyParts);
-    EXPECT_EQ(texts(f.dir1()), (parents + QStringList{"A", "b"})) << "sub-folders below, no hidden ones";
-    EXPECT_EQ(f.dir1()->currentItem()->text(), parents.last());
-
+    EXPECT_EQ(f.drive1()->currentText(), root);
+    EXPECT_EQ(texts(f.dir1()), (parents + QStringList{"A", "b"}));
     const auto choose = [&](const QString& text) {
         emit f.dir1()->itemActivated(f.dir1()->findItems(text, Qt::MatchExactly).value(0));
         QCoreApplication::processEvents();
     };
     choose("b");
     EXPECT_EQ(fs::current_path(), folder.path() / "b");
-    // A folder gone, then a drive gone: an error box each, both lists as they were.
     fs::remove_all(folder.path() / "b");
     choose("inner");
     f.drive1()->addItem("/velmoric-gone");
@@ -122,9 +121,7 @@ TEST_F(SlideShowTest, Form3ListsTheFoldersTheCurrentFolderFollowsItAndOnlyStartC
     EXPECT_EQ(f.drive1()->currentText(), root);
     EXPECT_EQ(texts(f.dir1()), (parents + QStringList{"b", "inner"}));
 
-    // Cancel and the close box leave the flag as it was.
     f.command2()->click();
-    EXPECT_FALSE(f.isVisible());
     Form3 g(*platform, flag, form.get());
     g.show();
     g.close();
@@ -177,9 +174,7 @@ TEST_F(SlideShowTest, NoPicturesAndFailuresEndTheShowWithTheirBoxAndLeaveThePict
         ASSERT_EQ(platform->messages.size(), 1u);
         const auto& box = platform->messages[0];
         EXPECT_EQ(std::tie(box.title, box.text, box.icon), std::make_tuple(row.title, row.text, Icon::Exclamation));
-        const bool pictures = row.title == "Error.";
-        EXPECT_EQ(show->shown, std::vector<std::string>(pictures, "a.neo"));
-        EXPECT_EQ(form->label1()->text().startsWith("A.NEO  "), pictures) << "the picture before stays";
+        EXPECT_EQ(form->label1()->text().startsWith("A.NEO  "), row.title == "Error.") << "the picture before stays";
         EXPECT_TRUE(ended());
         for (const std::string& name : row.files) fs::remove(folder.file(name));
     }
