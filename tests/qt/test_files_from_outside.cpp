@@ -7,7 +7,6 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QTimer>
 #include <QToolBar>
 #include <QUrl>
 #include <QWindow>
@@ -83,43 +82,30 @@ TEST_F(FilesFromOutside, TheOpenDialogStartsInTheFolderOfThePictureOpenedLast) {
     loadAndShow();
     vtest::TempDir other;
     const std::string first = neoFile(pictures, "first.neo"), dropped = neoFile(other, "dropped.neo");
-    std::vector<QString> startedIn;
-    // Answers the real dialog: notes where it starts, then chooses `path`
-    // ("" cancels).
-    auto answer = [&](const std::string& path) {
-        auto* timer = new QTimer;
-        timer->setInterval(10);
-        QObject::connect(timer, &QTimer::timeout, [timer, path, &startedIn] {
-            auto* dialog = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
-            if (!dialog) return;
-            timer->stop();
-            timer->deleteLater();
-            startedIn.push_back(QFileInfo(dialog->directory().absolutePath()).canonicalFilePath());
-            if (path.empty()) {
-                dialog->reject();
-                return;
-            }
+    auto canonical = [](const QString& folder) { return QFileInfo(folder).canonicalFilePath(); };
+    auto folderOf = [&](const vtest::TempDir& d) { return canonical(QString::fromStdString(d.path().string())); };
+    // Runs the real dialog and chooses `path` ("" cancels); gives the folder
+    // it started in.
+    auto startsIn = [&](const std::string& path) {
+        QString folder;
+        whenModal<QFileDialog>([&](QFileDialog* dialog) {
+            folder = canonical(dialog->directory().absolutePath());
+            if (path.empty()) return dialog->reject();
             // Typed as a whole path, as a user may: no wait for the listing
             // of another folder.
             dialog->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QString::fromStdString(path));
             QMetaObject::invokeMethod(dialog, "accept");
         });
-        timer->start();
         platform->QtPlatform::runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
+        return folder;
     };
     platform->setFileName(other.file("before.neo"));
-    answer(first);
+    EXPECT_EQ(startsIn(first), folderOf(other)) << "the folder of the name the platform holds";
     viewer().Form_LinkExecute(platform->fileName());
-    answer("");
-    answer("");
+    EXPECT_EQ(startsIn(""), folderOf(pictures)) << "the folder of the picture chosen before";
+    EXPECT_EQ(startsIn(""), folderOf(pictures)) << "a cancel keeps it";
     viewer().Image1_OLEDragDrop({dropped});
-    answer("");
-    auto canonical = [](const vtest::TempDir& d) { return QFileInfo(QString::fromStdString(d.path().string())).canonicalFilePath(); };
-    ASSERT_EQ(startedIn.size(), 4u);
-    EXPECT_EQ(startedIn[0], canonical(other)) << "the folder of the name the platform holds";
-    EXPECT_EQ(startedIn[1], canonical(pictures)) << "the folder of the picture chosen before";
-    EXPECT_EQ(startedIn[2], canonical(pictures)) << "a cancel keeps it";
-    EXPECT_EQ(startedIn[3], canonical(other)) << "a dropped picture counts too";
+    EXPECT_EQ(startsIn(""), folderOf(other)) << "a dropped picture counts too";
 }
 
 }  // namespace

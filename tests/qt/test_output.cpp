@@ -20,20 +20,6 @@ using namespace vqt;
 
 namespace {
 
-// Runs `answer` on the modal dialog of that type as soon as it is on top.
-template <typename Dialog>
-void whenOpen(std::function<void(Dialog*)> answer) {
-    auto* timer = new QTimer;
-    QObject::connect(timer, &QTimer::timeout, [timer, answer] {
-        if (auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget())) {
-            timer->deleteLater();
-            timer->stop();
-            answer(dialog);
-        }
-    });
-    timer->start(10);
-}
-
 void acceptLater(QDialog* dialog) { QMetaObject::invokeMethod(dialog, "accept", Qt::QueuedConnection); }
 
 struct OutputTest : WindowTest {
@@ -41,11 +27,28 @@ struct OutputTest : WindowTest {
     vtest::Bytes open(const char* ext) {
         const std::string path = files.file(std::string("picture.") + ext);
         vtest::writeFile(path, vtest::randomBytes(32034, 5));
-        platform->setFileName(path);
-        viewer().openmode = 2;
-        viewer().openpic();
-        viewer().openmode = 0;
+        viewer().Form_LinkExecute(path);
         return form->image1()->picture().bytes();
+    }
+    // Prints from the toolbar onto the PDF file `pdf`, chosen in the dialog's
+    // own fields, or (`direct`) set on the printer behind a dialog closed
+    // with OK, as when no printer can be chosen. Gives the orientation the
+    // dialog showed.
+    QPageLayout::Orientation print(const QString& pdf, bool direct = false) {
+        QPageLayout::Orientation shown{};
+        whenModal<QPrintDialog>([&](QPrintDialog* dialog) {
+            shown = dialog->printer()->pageLayout().orientation();
+            if (direct) {
+                dialog->printer()->setOutputFileName(pdf);
+                return dialog->done(QDialog::Accepted);
+            }
+            auto* printers = dialog->findChild<QComboBox*>("printers");
+            printers->setCurrentIndex(printers->findText("Print to File (PDF)"));
+            dialog->findChild<QLineEdit*>("filename")->setText(pdf);
+            acceptLater(dialog);
+        });
+        form->toolbarAction("print")->trigger();
+        return shown;
     }
 };
 
@@ -53,16 +56,16 @@ TEST_F(OutputTest, TheSaveDialogWantsAnExistingFolderAndAddsBMPToANameWithoutExt
     loadAndShow();
     const vtest::Bytes bitmap = open("PI1");
     QString title, filter, refusal;
-    whenOpen<QFileDialog>([&](QFileDialog* dialog) {
+    whenModal<QFileDialog>([&](QFileDialog* dialog) {
         title = dialog->windowTitle();
         filter = dialog->selectedNameFilter();
         dialog->setDirectory(QString::fromStdString(files.path().string()));
         dialog->findChild<QLineEdit*>("fileNameEdit")->setText("missing/picture");
         acceptLater(dialog);
-        whenOpen<QMessageBox>([&](QMessageBox* box) {
+        whenModal<QMessageBox>([&](QMessageBox* box) {
             refusal = box->text();
             box->button(QMessageBox::Ok)->click();
-            whenOpen<QFileDialog>([&](QFileDialog* dialog) {
+            whenModal<QFileDialog>([&](QFileDialog* dialog) {
                 dialog->findChild<QLineEdit*>("fileNameEdit")->setText("picture");
                 acceptLater(dialog);
             });
@@ -93,24 +96,6 @@ TEST_F(OutputTest, CopyPutsThePicturesPixelsAndItsBitmapOnTheClipboard) {
     }
 }
 
-// Sets the dialog's PDF printer on `pdf`: through the dialog's own fields,
-// or (`direct`) on the printer behind a dialog closed with OK, as when no
-// printer can be chosen.
-void printTo(const QString& pdf, bool direct = false, QPageLayout::Orientation* shown = nullptr) {
-    whenOpen<QPrintDialog>([=](QPrintDialog* dialog) {
-        if (shown) *shown = dialog->printer()->pageLayout().orientation();
-        if (direct) {
-            dialog->printer()->setOutputFileName(pdf);
-            dialog->done(QDialog::Accepted);
-            return;
-        }
-        auto* printers = dialog->findChild<QComboBox*>("printers");
-        printers->setCurrentIndex(printers->findText("Print to File (PDF)"));
-        dialog->findChild<QLineEdit*>("filename")->setText(pdf);
-        acceptLater(dialog);
-    });
-}
-
 TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientation) {
     const QString pdftoppm = QStandardPaths::findExecutable("pdftoppm");
     ASSERT_FALSE(pdftoppm.isEmpty()) << "pdftoppm is missing: run scripts/deps (poppler-utils)";
@@ -120,13 +105,12 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
     for (const auto& [orientation, scale] : {std::pair{0, 100}, {1, 100}, {0, 5}, {1, 5}}) {
         viewer().options.orientation = std::int16_t(orientation);
         viewer().options.printscale = std::int16_t(scale);
-        const QString pdf = QString::fromStdString(files.file("page.pdf")), png = pdf + ".png";
-        QPageLayout::Orientation shown{};
-        printTo(pdf, false, &shown);
-        form->toolbarAction("print")->trigger();
-        EXPECT_EQ(shown, orientation == 0 ? QPageLayout::Landscape : QPageLayout::Portrait);
+        SCOPED_TRACE(::testing::Message() << "orientation " << orientation << ", scale " << scale);
+        const vtest::TempDir pages;
+        const QString pdf = QString::fromStdString(pages.file("page.pdf"));
+        EXPECT_EQ(print(pdf), orientation == 0 ? QPageLayout::Landscape : QPageLayout::Portrait);
         ASSERT_EQ(QProcess::execute(pdftoppm, {"-r", "200", "-png", "-singlefile", pdf, pdf}), 0);
-        const QImage page(png);
+        const QImage page(pdf + ".png");
         // Every ST colour is darker than the paper: the picture is what is not white.
         QRect box;
         for (int y = 0; y < page.height(); ++y)
@@ -136,7 +120,7 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
                      top = (page.height() - h) / 2;
         EXPECT_EQ(page.width() > page.height(), orientation == 0);
         // Within the pixels an edge may partly cover.
-        EXPECT_NEAR(box.left(), left, 1.5) << orientation << " " << scale;
+        EXPECT_NEAR(box.left(), left, 1.5);
         EXPECT_NEAR(box.top(), top, 1.5);
         EXPECT_NEAR(box.width(), w, 2);
         EXPECT_NEAR(box.height(), h, 2);
@@ -145,18 +129,16 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
             for (int x = 0; x < 320; ++x)
                 ASSERT_EQ(page.pixel(int(left + (x + 0.5) * w / 320), int(top + (y + 0.5) * h / 200)) & 0xFFFFFF,
                           picture.rgb(x, y)) << x << "," << y;
-        QFile::remove(pdf), QFile::remove(png);
     }
     EXPECT_TRUE(platform->messages.empty());
 
     // A cancel prints nothing and shows nothing; a printer that cannot take
     // the document shows the error box.
     const std::string missing = files.file("missing/page.pdf");
-    whenOpen<QPrintDialog>([](QPrintDialog* dialog) { dialog->reject(); });
+    whenModal<QPrintDialog>([](QPrintDialog* dialog) { dialog->reject(); });
     form->menuAction(MenuArray::fmenu, 3)->trigger();
     EXPECT_TRUE(platform->messages.empty());
-    printTo(QString::fromStdString(missing), true);
-    form->menuAction(MenuArray::fmenu, 3)->trigger();
+    print(QString::fromStdString(missing), true);
     ASSERT_EQ(platform->messages.size(), 1u);
     EXPECT_EQ(platform->messages[0].text, errorBoxText(missing + ": cannot start printing"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(files.path()), {}), 1) << "the picture alone";

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QTimer>
 #include <cstdlib>
 #include <deque>
 #include <functional>
@@ -33,17 +34,12 @@ public:
     explicit ScriptedPlatform(std::vector<std::string> arguments = {}) : QtPlatform(std::move(arguments)) {}
 
     std::deque<Answer> answers;  // empty: OK, or No
-    std::deque<std::string> selectorAnswers;  // empty: cancel
-    std::function<void(const Message&)> onMessage;
-
     std::vector<Message> messages;
-    std::vector<FileSelector> selectorRuns;
     std::vector<std::string> log;  // timer switches, questions, settings read and written
 
     Answer messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) override {
         messages.push_back({text, title, buttons, icon});
         log.push_back("box " + title);
-        if (onMessage) onMessage(messages.back());
         if (!answers.empty()) {
             const Answer a = answers.front();
             answers.pop_front();
@@ -51,11 +47,8 @@ public:
         }
         return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
     }
-    void runFileSelector(const FileSelector& settings) override {
-        selectorRuns.push_back(settings);
-        setFileName(selectorAnswers.empty() ? std::string() : selectorAnswers.front());
-        if (!selectorAnswers.empty()) selectorAnswers.pop_front();
-    }
+    // The open dialog is cancelled; tests of the real one call it themselves.
+    void runFileSelector(const FileSelector&) override { setFileName(""); }
     void setTimerEnabled(bool enabled) override {
         log.push_back(enabled ? "timer on" : "timer off");
         QtPlatform::setTimerEnabled(enabled);
@@ -80,6 +73,20 @@ inline void settle(QtPlatform& platform) {
     do {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     } while ((!platform.settled() && t.elapsed() < 2000) || t.elapsed() < 30);
+}
+
+// Runs `answer` on the modal dialog of that type as soon as it is on top.
+template <typename Dialog>
+void whenModal(std::function<void(Dialog*)> answer) {
+    auto* timer = new QTimer;
+    QObject::connect(timer, &QTimer::timeout, [timer, answer] {
+        if (auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget())) {
+            timer->deleteLater();
+            timer->stop();
+            answer(dialog);
+        }
+    });
+    timer->start(10);
 }
 
 inline std::string settingsFile() {
