@@ -30,27 +30,17 @@ void click(QWidget* w) {
 }
 
 struct HelpWindowTest : WindowTest {
-    std::unique_ptr<Form2> owned;
-    Form2* help = nullptr;
+    Form2* help = nullptr;  // a child of the main window, which deletes it
 
     void SetUp() override {
         WindowTest::SetUp();
         loadAndShow();
-        owned = std::make_unique<Form2>(viewer(), form.get());
-        help = owned.get();
+        help = new Form2(viewer(), form.get());
         help->show();
         settle(*platform);
     }
-    void TearDown() override {
-        owned.reset();
-        WindowTest::TearDown();
-    }
     template <typename T = QWidget>
-    T* control(const QString& name) const {
-        T* w = help->findChild<T*>(name);
-        EXPECT_NE(w, nullptr) << name.toStdString();
-        return w;
-    }
+    T* control(const QString& name) const { return help->findChild<T*>(name); }
     // Which of Text1, Image3, Picture1 and Command2 to Command7 are shown,
     // and Label2's caption.
     std::string view() const {
@@ -108,7 +98,6 @@ TEST_F(HelpWindowTest, TheModelStandsUprightAndTurnsWhileAMouseButtonIsDown) {
     for (int y = 2; y < image.height() - 2; ++y)
         for (int x = 2; x < image.width() - 2; ++x)
             if (image.pixel(x, y) == ink) drawn |= QRect(x, y, 1, 1);
-    ASSERT_FALSE(drawn.isEmpty()) << "no line drawn";
     EXPECT_NEAR(drawn.center().x(), box->width() / 2, 3);
     EXPECT_NEAR(drawn.center().y(), box->height() / 2, 3);
     EXPECT_GT(drawn.height(), 150);
@@ -136,7 +125,6 @@ TEST_F(HelpWindowTest, TheModelStandsUprightAndTurnsWhileAMouseButtonIsDown) {
 // On each opening: what it shows, then a change of view and the way out.
 // The menu and the toolbar return only when the modal window has closed.
 TEST_F(HelpWindowTest, MenuAndToolbarOpenANewModalWindowEachTime) {
-    owned.reset();
     std::vector<std::string> seen;
     QTimer poll;
     QObject::connect(&poll, &QTimer::timeout, [&] {
