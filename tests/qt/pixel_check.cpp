@@ -9,6 +9,21 @@
 #include <algorithm>
 #include <cstdio>
 
+namespace {
+
+// The reference pixels that differ on the screen with the corner at left,
+// top; a pixel off the screen differs.
+long differing(const QImage& screen, const QImage& reference, int left, int top) {
+    long count = 0;
+    for (int y = 0; y < reference.height(); ++y)
+        for (int x = 0; x < reference.width(); ++x)
+            count += !screen.valid(left + x, top + y) ||
+                     ((screen.pixel(left + x, top + y) ^ reference.pixel(x, y)) & 0xFFFFFF) != 0;
+    return count;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     if (argc != 5 && argc != 6) {
         std::fprintf(stderr, "usage: velmoric_pixel_check SCREEN.png REFERENCE.png X Y [SCALE]\n");
@@ -16,40 +31,24 @@ int main(int argc, char** argv) {
     }
     const QImage screen = QImage(QString::fromLocal8Bit(argv[1])).convertToFormat(QImage::Format_RGB32);
     QImage reference = QImage(QString::fromLocal8Bit(argv[2])).convertToFormat(QImage::Format_RGB32);
-    int left = std::atoi(argv[3]), top = std::atoi(argv[4]);
-    if (argc == 6) {
-        const int scale = std::max(1, std::atoi(argv[5]));
-        reference = reference.scaled(reference.size() * scale, Qt::IgnoreAspectRatio, Qt::FastTransformation);
-        // The corner where the most pixels agree.
-        long best = -1;
-        const int x0 = left, y0 = top;
-        for (int dy = -3; dy <= 3; ++dy)
-            for (int dx = -3; dx <= 3; ++dx) {
-                long same = 0;
-                for (int y = 0; y < reference.height(); ++y)
-                    for (int x = 0; x < reference.width(); ++x) {
-                        const int sx = x0 + dx + x, sy = y0 + dy + y;
-                        same += screen.valid(sx, sy) && ((screen.pixel(sx, sy) ^ reference.pixel(x, y)) & 0xFFFFFF) == 0;
-                    }
-                if (same > best) best = same, left = x0 + dx, top = y0 + dy;
-            }
-    }
     if (screen.isNull() || reference.isNull()) {
         std::fprintf(stderr, "cannot read the pictures\n");
         return 2;
     }
-    if (left < 0 || top < 0 || left + reference.width() > screen.width() || top + reference.height() > screen.height()) {
-        std::fprintf(stderr, "the reference does not fit the screen at %d,%d\n", left, top);
-        return 1;
-    }
-    long differing = 0;
-    for (int y = 0; y < reference.height(); ++y)
-        for (int x = 0; x < reference.width(); ++x) {
-            const QRgb want = reference.pixel(x, y) & 0xFFFFFF, got = screen.pixel(left + x, top + y) & 0xFFFFFF;
-            if (want == got) continue;
-            if (differing++ < 5)
-                std::fprintf(stderr, "pixel %d,%d: screen %06X, picture %06X\n", x, y, unsigned(got), unsigned(want));
-        }
-    std::printf("%ld of %d pixels differ\n", differing, reference.width() * reference.height());
-    return differing == 0 ? 0 : 1;
+    const int scale = argc == 6 ? std::max(1, std::atoi(argv[5])) : 1, slack = argc == 6 ? 3 : 0;
+    reference = reference.scaled(reference.size() * scale, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    // The corner where the fewest pixels differ.
+    const int x0 = std::atoi(argv[3]), y0 = std::atoi(argv[4]);
+    int left = x0, top = y0;
+    long fewest = differing(screen, reference, left, top);
+    for (int y = y0 - slack; y <= y0 + slack; ++y)
+        for (int x = x0 - slack; x <= x0 + slack; ++x)
+            if (const long n = differing(screen, reference, x, y); n < fewest) {
+                fewest = n;
+                left = x;
+                top = y;
+            }
+    std::printf("%ld of %d pixels differ with the corner at %d,%d\n", fewest, reference.width() * reference.height(),
+                left, top);
+    return fewest == 0 ? 0 : 1;
 }

@@ -28,25 +28,23 @@ QUrl localUrl(const std::string& path) { return QUrl::fromLocalFile(QFile::decod
 struct FilesFromOutside : WindowTest {
     vtest::TempDir pictures;
 
-    // A drag that enters the window over `target` and is dropped there; the
-    // window passes both on to the control under the point that takes drops.
-    // Returns whether the drag was accepted.
-    bool dragAndDrop(QWidget* target, QMimeData* data, Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
+    // A drag of `urls` (none: a plain text) that enters the window over
+    // `target` and is dropped there; the window passes both on to the control
+    // under the point that takes drops. Returns whether the drag was accepted.
+    bool dragAndDrop(QWidget* target, const QList<QUrl>& urls, Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
+        QMimeData data;
+        if (urls.isEmpty())
+            data.setText(QString::fromStdString(pictures.file("a.neo")));
+        else
+            data.setUrls(urls);
         QWindow* window = form->windowHandle();
         const QPointF at = target->mapTo(form.get(), QPoint(target->width() - 3, target->height() / 2));
-        QDragEnterEvent enter(at.toPoint(), actions, data, Qt::LeftButton, Qt::NoModifier);
+        QDragEnterEvent enter(at.toPoint(), actions, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(window, &enter);
-        const bool accepted = enter.isAccepted() && enter.dropAction() == Qt::CopyAction;
-        QDropEvent drop(at, actions, data, Qt::LeftButton, Qt::NoModifier);
+        QDropEvent drop(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(window, &drop);
         settle(*platform);
-        delete data;
-        return accepted;
-    }
-    static QMimeData* urls(const QList<QUrl>& list) {
-        auto* data = new QMimeData;
-        data->setUrls(list);
-        return data;
+        return enter.isAccepted() && enter.dropAction() == Qt::CopyAction;
     }
 };
 
@@ -54,26 +52,17 @@ struct FilesFromOutside : WindowTest {
 // Image1: the first local file opens.
 TEST_F(FilesFromOutside, Image1AloneTakesListsOfLocalFiles) {
     loadAndShow();
-    const std::string a = neoFile(pictures, "a.neo"), b = neoFile(pictures, "b.neo");
-    auto* text = new QMimeData;
-    text->setText(QString::fromStdString(a));
-    struct Row {
-        QWidget* target;
-        QMimeData* data;
-        Qt::DropActions actions;
+    const QUrl a = localUrl(neoFile(pictures, "a.neo")), b = localUrl(neoFile(pictures, "b.neo"));
+    const QUrl remote(QStringLiteral("https://example.org/x.neo"));
+    const std::tuple<QWidget*, QList<QUrl>, Qt::DropActions> refused[] = {
+        {form->image1(), {}, Qt::CopyAction},          {form->image1(), {remote}, Qt::CopyAction},
+        {form->image1(), {a}, Qt::MoveAction},         {form->label1(), {a}, Qt::CopyAction},
+        {form->toolbar1(), {a}, Qt::CopyAction},       {form->menuBar(), {a}, Qt::CopyAction},
     };
-    const Row refused[] = {
-        {form->image1(), text, Qt::CopyAction},
-        {form->image1(), urls({QUrl(QStringLiteral("https://example.org/x.neo"))}), Qt::CopyAction},
-        {form->image1(), urls({localUrl(a)}), Qt::MoveAction},
-        {form->label1(), urls({localUrl(a)}), Qt::CopyAction},
-        {form->toolbar1(), urls({localUrl(a)}), Qt::CopyAction},
-        {form->menuBar(), urls({localUrl(a)}), Qt::CopyAction},
-    };
-    for (const Row& r : refused) EXPECT_FALSE(dragAndDrop(r.target, r.data, r.actions)) << r.target->objectName().toStdString();
+    for (const auto& [target, urls, actions] : refused)
+        EXPECT_FALSE(dragAndDrop(target, urls, actions)) << target->objectName().toStdString() << " " << urls.size();
     EXPECT_EQ(form->label1()->text(), "");
-    EXPECT_TRUE(dragAndDrop(form->image1(), urls({QUrl(QStringLiteral("https://example.org/r.neo")), localUrl(b),
-                                                  localUrl(a), localUrl(pictures.file("missing.neo"))})));
+    EXPECT_TRUE(dragAndDrop(form->image1(), {remote, b, a, localUrl(pictures.file("missing.neo"))}));
     EXPECT_TRUE(form->label1()->text().startsWith("B.NEO  Neo")) << form->label1()->text().toStdString();
     EXPECT_TRUE(platform->messages.empty());
 }

@@ -62,39 +62,32 @@ TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrde
         "write options/single=-3"};
     EXPECT_EQ(platform->log, expected);
     const vtest::Bytes file = vtest::readFile(settingsFile());
-    const std::string text(file.begin(), file.end());
-    EXPECT_TRUE(text.starts_with("[options]\n") && text.find("printscale=55\n") != std::string::npos) << text;
+    EXPECT_EQ(std::string(file.begin(), file.end()),
+              "[options]\ndelay=2\norientation=1\nprintscale=55\nrepeat=0\nsave=1\nsingle=-3\nsize=1\n");
 }
 
 // The options are written whether the quit goes on or not.
 TEST_F(WindowTest, QuitWarnsOnlyForAnUnsavedPictureWhenSaveIsExactlyOne) {
-    struct Row {
-        int save;
-        std::int16_t saved;
-        Answer answer;
-        bool warned, closes;
-    };
-    const Row rows[] = {{1, kFalse, Answer::No, true, false}, {1, kFalse, Answer::Yes, true, true},
-                        {0, kFalse, Answer::No, false, true}, {1, kTrue, Answer::No, false, true},
-                        {2, kFalse, Answer::No, false, true}, {-1, kFalse, Answer::No, false, true}};
-    for (const Row& r : rows) {
-        SCOPED_TRACE(::testing::Message() << "save " << r.save << ", saved " << r.saved << ", answer "
-                                          << int(r.answer));
+    const std::tuple<int, std::int16_t, Answer, bool, bool> rows[] = {  // save, saved, answer, warned, closes
+        {1, kFalse, Answer::No, true, false}, {1, kFalse, Answer::Yes, true, true},
+        {0, kFalse, Answer::No, false, true}, {1, kTrue, Answer::No, false, true},
+        {2, kFalse, Answer::No, false, true}, {-1, kFalse, Answer::No, false, true}};
+    for (const auto& [save, saved, answer, warned, closes] : rows) {
+        SCOPED_TRACE(::testing::Message() << "save " << save << ", saved " << saved << ", answer " << int(answer));
         make();
         loadAndShow();
         std::filesystem::remove(settingsFile());
-        viewer().options.save = std::int16_t(r.save);
-        viewer().saved = r.saved;
-        platform->answers.push_back(r.answer);
-        EXPECT_EQ(form->close(), r.closes);
-        EXPECT_EQ(form->isVisible(), !r.closes);
-        ASSERT_EQ(platform->messages.size(), r.warned ? 1u : 0u);
-        if (r.warned) {
-            const auto& m = platform->messages[0];
-            EXPECT_EQ(std::tie(m.text, m.title, m.buttons, m.icon),
+        viewer().options.save = std::int16_t(save);
+        viewer().saved = saved;
+        platform->answers.push_back(answer);
+        EXPECT_EQ(form->close(), closes);
+        EXPECT_EQ(form->isVisible(), !closes);
+        ASSERT_EQ(platform->messages.size(), warned ? 1u : 0u);
+        const auto& m = platform->messages;
+        if (warned)
+            EXPECT_EQ(std::tie(m[0].text, m[0].title, m[0].buttons, m[0].icon),
                       std::make_tuple(std::string("Picture has not been saved do you wish to quit?"),
                                       std::string("Warning."), Buttons::YesNo, Icon::Question));
-        }
         EXPECT_TRUE(std::filesystem::exists(settingsFile()));
     }
 }

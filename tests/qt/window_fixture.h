@@ -40,12 +40,9 @@ public:
     Answer messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) override {
         messages.push_back({text, title, buttons, icon});
         log.push_back("box " + title);
-        if (!answers.empty()) {
-            const Answer a = answers.front();
-            answers.pop_front();
-            return a;
-        }
-        return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
+        const Answer a = !answers.empty() ? answers.front() : buttons == Buttons::Ok ? Answer::Ok : Answer::No;
+        if (!answers.empty()) answers.pop_front();
+        return a;
     }
     // The open dialog is cancelled; tests of the real one call it themselves.
     void runFileSelector(const FileSelector&) override { setFileName(""); }
@@ -121,8 +118,7 @@ struct WindowTest : ::testing::Test {
     // The *.spu glob known to the system's MIME database: not a first run.
     void knowSpuGlob() {
         std::filesystem::create_directories(dataDirs.path() / "mime");
-        vtest::writeFile((dataDirs.path() / "mime/globs2").string(),
-                         vtest::Bytes{'5', '0', ':', 'a', '/', 'b', ':', '*', '.', 's', 'p', 'u', '\n'});
+        std::ofstream(dataDirs.path() / "mime/globs2") << "50:a/b:*.spu\n";
     }
 
     // Start-up without the question, then the window on screen.
