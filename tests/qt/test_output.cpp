@@ -11,7 +11,6 @@
 #include <QPrintDialog>
 #include <QPrinter>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTimer>
 
 #include "window_fixture.h"
@@ -31,17 +30,11 @@ struct OutputTest : WindowTest {
         return form->image1()->picture().bytes();
     }
     // Prints from the toolbar onto the PDF file `pdf`, chosen in the dialog's
-    // own fields, or (`direct`) set on the printer behind a dialog closed
-    // with OK, as when no printer can be chosen. Gives the orientation the
-    // dialog showed.
-    QPageLayout::Orientation print(const QString& pdf, bool direct = false) {
+    // own fields. Gives the orientation the dialog showed.
+    QPageLayout::Orientation print(const QString& pdf) {
         QPageLayout::Orientation shown{};
         whenModal<QPrintDialog>([&](QPrintDialog* dialog) {
             shown = dialog->printer()->pageLayout().orientation();
-            if (direct) {
-                dialog->printer()->setOutputFileName(pdf);
-                return dialog->done(QDialog::Accepted);
-            }
             auto* printers = dialog->findChild<QComboBox*>("printers");
             printers->setCurrentIndex(printers->findText("Print to File (PDF)"));
             dialog->findChild<QLineEdit*>("filename")->setText(pdf);
@@ -93,8 +86,6 @@ TEST_F(OutputTest, CopyPutsThePicturesPixelsAndItsBitmapOnTheClipboard) {
 }
 
 TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientation) {
-    const QString pdftoppm = QStandardPaths::findExecutable("pdftoppm");
-    ASSERT_FALSE(pdftoppm.isEmpty()) << "pdftoppm is missing: run scripts/deps (poppler-utils)";
     loadAndShow();
     open("PI1");
     const Picture& picture = form->image1()->picture();
@@ -105,7 +96,8 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
         const vtest::TempDir pages;
         const QString pdf = QString::fromStdString(pages.file("page.pdf"));
         EXPECT_EQ(print(pdf), orientation == 0 ? QPageLayout::Landscape : QPageLayout::Portrait);
-        ASSERT_EQ(QProcess::execute(pdftoppm, {"-r", "200", "-png", "-singlefile", pdf, pdf}), 0);
+        ASSERT_EQ(QProcess::execute("pdftoppm", {"-r", "200", "-png", "-singlefile", pdf, pdf}), 0)
+            << "pdftoppm (poppler-utils, see scripts/deps) renders the page";
         const QImage page(pdf + ".png");
         // Every ST colour is darker than the paper: the picture is what is not white.
         QRect box;
@@ -129,12 +121,13 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
     EXPECT_TRUE(platform->messages.empty());
 
     // A cancel prints nothing and shows nothing; a printer that cannot take
-    // the document shows the error box.
+    // the document (a file in a folder that does not exist) shows the error
+    // box.
     const std::string missing = files.file("missing/page.pdf");
     whenModal<QPrintDialog>([](QPrintDialog* dialog) { dialog->reject(); });
     form->menuAction(MenuArray::fmenu, 3)->trigger();
     EXPECT_TRUE(platform->messages.empty());
-    print(QString::fromStdString(missing), true);
+    print(QString::fromStdString(missing));
     ASSERT_EQ(platform->messages.size(), 1u);
     EXPECT_EQ(platform->messages[0].text, errorBoxText(missing + ": cannot start printing"));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(files.path()), {}), 1) << "the picture alone";

@@ -10,10 +10,10 @@ std::tuple<int, int, int, int, int, int, int> optionsOf(const Options& o) {
     return {o.delay, o.save, o.size, o.repeat, o.orientation, o.printscale, o.single};
 }
 
-// No writes nothing and the next start asks again; Yes registers the types
-// with the timer off during the question, and then the start after it finds
-// its own package and does not ask.
-TEST_F(WindowTest, TheQuestionComesUntilTheTypesAreKnownAndOnlyYesRegisters) {
+// No writes nothing and the next start asks again; Yes registers the types,
+// with the timer off during the question. (A known glob means no question:
+// every test after loadAndShow sees no message box.)
+TEST_F(WindowTest, WithoutAKnownGlobTheQuestionComesAndOnlyYesRegisters) {
     form->load();
     ASSERT_EQ(platform->messages.size(), 1u);
     EXPECT_TRUE(std::filesystem::is_empty(data.path()));
@@ -28,21 +28,13 @@ TEST_F(WindowTest, TheQuestionComesUntilTheTypesAreKnownAndOnlyYesRegisters) {
     for (const std::string file : {"mime/packages/velmoric.xml", "applications/org.velmoric.Velmoric.desktop"})
         EXPECT_TRUE(std::filesystem::exists(data.path() / file)) << file;
     EXPECT_TRUE(std::filesystem::exists(std::string(std::getenv("XDG_CONFIG_HOME")) + "/mimeapps.list"));
-    const std::vector<std::string> expected = {
-        "timer off",         "box Register Files", "timer on",           "read options/delay",
-        "read options/save", "read options/size",  "read options/repeat", "read options/orientation",
+    const std::vector<std::string> expected = {"timer off", "box Register Files", "timer on", "read options/delay",
+        "read options/save", "read options/size", "read options/repeat", "read options/orientation",
         "read options/printscale", "read options/single"};
     EXPECT_EQ(platform->log, expected);
     EXPECT_EQ(optionsOf(viewer().options), std::make_tuple(2, 0, 0, 1, 1, 100, 0)) << "the defaults of an empty store";
-    const Viewer& v = viewer();
-    EXPECT_EQ(std::make_tuple(v.saved, v.nopicture, v.stop, v.kind, v.badfile, v.openmode),
-              std::make_tuple(kTrue, kTrue, kTrue, 1, 0, 0));
     EXPECT_FALSE(form->isVisible()) << "the window waits for the first tick";
     EXPECT_TRUE(form->timer1()->isActive());
-
-    make();
-    form->load();
-    EXPECT_TRUE(platform->messages.empty());
 }
 
 // A missing or unreadable value takes its default; quitting writes all
@@ -56,9 +48,8 @@ TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrde
     viewer().options.printscale = 55;
     platform->log.clear();
     EXPECT_TRUE(form->close());
-    const std::vector<std::string> expected = {
-        "write options/delay=2",       "write options/save=1",          "write options/size=1",
-        "write options/repeat=0",      "write options/orientation=1",   "write options/printscale=55",
+    const std::vector<std::string> expected = {"write options/delay=2", "write options/save=1", "write options/size=1",
+        "write options/repeat=0", "write options/orientation=1", "write options/printscale=55",
         "write options/single=-3"};
     EXPECT_EQ(platform->log, expected);
     const vtest::Bytes file = vtest::readFile(settingsFile());
