@@ -7,7 +7,9 @@
 #include <QGuiApplication>
 #include <QImage>
 #include <algorithm>
+#include <climits>
 #include <cstdio>
+#include <tuple>
 
 namespace {
 
@@ -39,16 +41,11 @@ int main(int argc, char** argv) {
     reference = reference.scaled(reference.size() * scale, Qt::IgnoreAspectRatio, Qt::FastTransformation);
     // The corner where the fewest pixels differ.
     const int x0 = std::atoi(argv[3]), y0 = std::atoi(argv[4]);
-    int left = x0, top = y0;
-    long fewest = differing(screen, reference, left, top);
+    std::tuple<long, int, int> best{LONG_MAX, x0, y0};
     for (int y = y0 - slack; y <= y0 + slack; ++y)
         for (int x = x0 - slack; x <= x0 + slack; ++x)
-            if (const long n = differing(screen, reference, x, y); n < fewest) {
-                fewest = n;
-                left = x;
-                top = y;
-            }
-    std::printf("%ld of %d pixels differ with the corner at %d,%d\n", fewest, reference.width() * reference.height(),
-                left, top);
+            best = std::min(best, std::tuple{differing(screen, reference, x, y), x, y});
+    const auto [fewest, left, top] = best;
+    std::printf("%ld pixels differ with the corner at %d,%d\n", fewest, left, top);
     return fewest == 0 ? 0 : 1;
 }

@@ -10,9 +10,9 @@
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    // Removed after the application, which is made after it.
+    // Removed after the application, which is made after it. Each window
+    // test makes the configuration folder afresh.
     const vtest::TempDir root;
-    std::filesystem::create_directories(root.path() / "config");
     std::filesystem::create_directories(root.path() / "runtime");
     std::filesystem::permissions(root.path() / "runtime", std::filesystem::perms::owner_all);
     setenv("XDG_CONFIG_HOME", root.file("config").c_str(), 1);

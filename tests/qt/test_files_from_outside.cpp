@@ -23,7 +23,7 @@ std::string neoFile(const vtest::TempDir& dir, const std::string& name) {
     return path;
 }
 
-QUrl localUrl(const std::string& path) { return QUrl::fromLocalFile(QFile::decodeName(QByteArray::fromStdString(path))); }
+QUrl localUrl(const std::string& path) { return QUrl::fromLocalFile(QString::fromStdString(path)); }
 
 struct FilesFromOutside : WindowTest {
     vtest::TempDir pictures;
@@ -31,18 +31,18 @@ struct FilesFromOutside : WindowTest {
     // A drag of `urls` (none: a plain text) that enters the window over
     // `target` and is dropped there; the window passes both on to the control
     // under the point that takes drops. Returns whether the drag was accepted.
-    bool dragAndDrop(QWidget* target, const QList<QUrl>& urls, Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
+    bool dragAndDrop(QWidget* target, const QList<QUrl>& urls,
+                     Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction) {
         QMimeData data;
         if (urls.isEmpty())
             data.setText(QString::fromStdString(pictures.file("a.neo")));
         else
             data.setUrls(urls);
-        QWindow* window = form->windowHandle();
         const QPointF at = target->mapTo(form.get(), QPoint(target->width() - 3, target->height() / 2));
         QDragEnterEvent enter(at.toPoint(), actions, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window, &enter);
+        QCoreApplication::sendEvent(form->windowHandle(), &enter);
         QDropEvent drop(at, actions, &data, Qt::LeftButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(window, &drop);
+        QCoreApplication::sendEvent(form->windowHandle(), &drop);
         settle(*platform);
         return enter.isAccepted() && enter.dropAction() == Qt::CopyAction;
     }

@@ -49,7 +49,8 @@ TEST_F(OutputTest, TheSaveDialogWantsAnExistingFolderAndAddsBMPToANameWithoutExt
     loadAndShow();
     const vtest::Bytes bitmap = open("PI1");
     whenModal<QFileDialog>([&](QFileDialog* dialog) {
-        EXPECT_EQ(dialog->windowTitle() + "|" + dialog->selectedNameFilter(), "Save picture as.|Windows Bitmap (*.BMP)");
+        EXPECT_EQ(dialog->windowTitle() + "|" + dialog->selectedNameFilter(),
+                  "Save picture as.|Windows Bitmap (*.BMP)");
         dialog->setDirectory(QString::fromStdString(files.path().string()));
         dialog->findChild<QLineEdit*>("fileNameEdit")->setText("missing/picture");
         acceptLater(dialog);
@@ -96,8 +97,7 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
         const vtest::TempDir pages;
         const QString pdf = QString::fromStdString(pages.file("page.pdf"));
         EXPECT_EQ(print(pdf), orientation == 0 ? QPageLayout::Landscape : QPageLayout::Portrait);
-        ASSERT_EQ(QProcess::execute("pdftoppm", {"-r", "200", "-png", "-singlefile", pdf, pdf}), 0)
-            << "pdftoppm (poppler-utils, see scripts/deps) renders the page";
+        ASSERT_EQ(QProcess::execute("pdftoppm", {"-r", "200", "-png", "-singlefile", pdf, pdf}), 0) << "poppler-utils";
         const QImage page(pdf + ".png");
         // Every ST colour is darker than the paper: the picture is what is not white.
         QRect box;

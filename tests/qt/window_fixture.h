@@ -35,7 +35,7 @@ public:
 
     std::deque<Answer> answers;  // empty: OK, or No
     std::vector<Message> messages;
-    std::vector<std::string> log;  // timer switches, questions, settings read and written
+    std::vector<std::string> log;  // timer switches, questions, settings written
 
     Answer messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon icon) override {
         messages.push_back({text, title, buttons, icon});
@@ -49,11 +49,6 @@ public:
     void setTimerEnabled(bool enabled) override {
         log.push_back(enabled ? "timer on" : "timer off");
         QtPlatform::setTimerEnabled(enabled);
-    }
-    std::optional<std::string> readSetting(const std::string& app, const std::string& section,
-                                           const std::string& key) override {
-        log.push_back("read " + section + "/" + key);
-        return QtPlatform::readSetting(app, section, key);
     }
     void writeSetting(const std::string& app, const std::string& section, const std::string& key,
                       const std::string& value) override {
