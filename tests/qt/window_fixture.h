@@ -1,8 +1,8 @@
 #pragma once
-// The real Form1 under the offscreen platform, with message boxes and the
-// open dialog answered from queues so that nothing waits for a person.
-// Every test gets empty desktop folders of its own; the settings file lives
-// in the configuration folder that the test program sets up once.
+// The real Form1 under the offscreen platform, with message boxes answered
+// from a queue and the open dialog cancelled, so that nothing waits for a
+// person. Every test gets empty desktop folders of its own and an empty
+// configuration folder, where the settings file lives.
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QFile>
