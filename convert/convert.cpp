@@ -332,7 +332,7 @@ std::string convertUsage() {
          "Two inputs that would write the same output file (the same name from\n"
          "different folders into one -o DIR) are refused before anything is written;\n"
          "with -r the outputs keep the folders below the named folder. Every output is\n"
-         "written to a new file and renamed into place, so none is ever left half written.\n"
+         "written whole before it takes its name, so none is ever left half written.\n"
          "Formats, by the last three letters of the name (all capitals or all small letters):\n";
     for (const Format& f : formatTable())
         if (f.decode) s += "  " + std::string(f.upper) + "  " + std::string(f.description) + "\n";
