@@ -1,6 +1,8 @@
 // Files as the decoders and the temporary bitmap need them: a source read up
-// to its limit, a private folder for the bitmap, and nothing planted at the
-// bitmap's name ever followed.
+// to its limit, a chosen file replaced whole, a private folder for the
+// bitmap, and nothing planted at the bitmap's name ever followed.
+#include <sys/stat.h>
+
 #include "convert/convert.h"
 #include "platform/files.h"
 #include "viewer_fixture.h"
@@ -30,6 +32,35 @@ TEST(Files, PrivateFolderIsTheProcessesAloneAndGoesWithIt) {
     vtest::writeFile((path / "left.bmp").string(), {1});
     folder.reset();
     EXPECT_FALSE(fs::exists(path));
+}
+
+// Whatever stands at a chosen name, the replace leaves exactly the new bytes
+// there and nothing else in the folder: a new file gets the mode of any new
+// file, a replaced one keeps its own, and a link is replaced, not followed.
+TEST(Files, ReplaceAtomicallyLeavesOnlyTheNewBytes) {
+    enum class Before { Nothing, File0600, Link, DanglingLink };
+    for (const Before before : {Before::Nothing, Before::File0600, Before::Link, Before::DanglingLink}) {
+        SCOPED_TRACE(int(before));
+        vtest::TempDir dir, elsewhere;
+        const std::string path = dir.file("out.bmp"), target = elsewhere.file("mine");
+        vtest::writeFile(target, {7});
+        if (before == Before::File0600) {
+            vtest::writeFile(path, {1, 2, 3, 4});
+            fs::permissions(path, fs::perms::owner_read | fs::perms::owner_write);
+        }
+        if (before == Before::Link) fs::create_symlink(target, path);
+        if (before == Before::DanglingLink) fs::create_symlink(elsewhere.file("none"), path);
+        const mode_t mask = ::umask(022);
+        ::umask(mask);
+        files::replaceAtomically(path, vtest::Bytes{5, 6});
+        EXPECT_EQ(vtest::readFile(path), (vtest::Bytes{5, 6}));
+        EXPECT_FALSE(fs::is_symlink(path));
+        EXPECT_EQ(vtest::readFile(target), vtest::Bytes{7});
+        EXPECT_FALSE(fs::exists(elsewhere.file("none")));
+        EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 1);
+        const auto expected = before == Before::File0600 ? fs::perms(0600) : fs::perms(0666 & ~mask);
+        EXPECT_EQ(fs::status(path).permissions(), expected);
+    }
 }
 
 // A platform whose delete of the temporary bitmap can be made to fail.
