@@ -96,6 +96,17 @@ std::string temporaryNameBeside(const fs::path& target) {
     return (folder / ("." + target.filename().string() + "." + suffix)).string();
 }
 
+// Gives the unnamed file open at `fd` the name `path`, never replacing one.
+// Kernels since 6.10 let its owner link it by the descriptor; older ones only
+// through /proc/self/fd, whose first use costs a process a tenth of a
+// millisecond.
+bool linkDescriptor(int fd, const std::string& path) {
+    if (::linkat(fd, "", AT_FDCWD, path.c_str(), AT_EMPTY_PATH) == 0) return true;
+    if (errno == EEXIST) return false;
+    const std::string self = "/proc/self/fd/" + std::to_string(fd);
+    return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) == 0;
+}
+
 // Writes a file that does not exist yet unnamed (O_TMPFILE) and gives it the
 // name only once it is whole: one change to the folder instead of the two of a
 // named temporary file and its rename. linkat never replaces a name, so a file
@@ -107,8 +118,7 @@ bool linkWhenWhole(const std::string& path, std::span<const std::uint8_t> bytes)
     Descriptor fd(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
     if (fd.get() < 0) return false;
     writeAll(fd.get(), path, bytes);
-    const std::string self = "/proc/self/fd/" + std::to_string(fd.get());
-    if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) != 0) return false;
+    if (!linkDescriptor(fd.get(), path)) return false;
     if (::close(fd.release()) != 0) {
         const int err = errno;
         ::unlink(path.c_str());
