@@ -78,9 +78,10 @@ def main():
             source = first_picture(extension)
             out = os.path.join(work, "out{n}")
             FOLDERS[:] = [out]
-            bmp = paired_ratio(f"'{CONVERT}' -o '{out}' '{source}'", f"{tool} '{source}' > '{work}/x{{n}}.pnm'", PAIRS)
+            # Both write their one new file into the run's own new folder.
+            bmp = paired_ratio(f"'{CONVERT}' -o '{out}' '{source}'", f"{tool} '{source}' > '{out}/x.pnm'", PAIRS)
             png = paired_ratio(f"'{CONVERT}' -f png -o '{out}' '{source}'",
-                               f"{tool} '{source}' | pnmtopng > '{work}/x{{n}}.png'", PAIRS)
+                               f"{tool} '{source}' | pnmtopng > '{out}/x.png'", PAIRS)
             print(f"{extension.upper():8}{tool:10}{bmp:10.2f}{png:10.2f}")
         batch = os.path.join(work, "batch")
         os.mkdir(batch)
