@@ -40,8 +40,15 @@ struct Decoded {
 inline Decoded rejectedSource() { return Decoded{true, {}, {}, 0}; }
 
 // Reads `count` 2-byte words from byte offset `at` of the source into
-// srcwords from index `first` on.
+// srcwords from index `first` on. Words that lie wholly inside the source
+// and the array go over as they lie (the array holds them low byte first,
+// as the file does); only a read that runs past either end is checked word
+// by word.
 inline void readWords(Staging& s, const Source& src, std::size_t first, std::size_t at, std::size_t count) {
+    if (first + count <= s.srcwords.extent && at + 2 * count <= src.bytes.size()) {
+        std::memcpy(s.srcwords.data() + first, src.bytes.data() + at, 2 * count);
+        return;
+    }
     for (std::size_t i = 0; i < count; ++i) s.srcwords.put(first + i, src.word(at + 2 * i));
 }
 
