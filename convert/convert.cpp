@@ -219,16 +219,9 @@ private:
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
-void runHere(const ConvertOptions& o, const std::vector<Job>& jobs, Reporter& report) {
-    Worker worker;
-    for (const Job& job : jobs) {
-        report.print(runJob(o, job, worker));
-        report.progress(true);
-    }
-}
-
 // Every thread, this one too, takes the next job in turn; this thread also
 // prints the results in input order as soon as all before them are done.
+// With one thread nothing is started: the jobs run here, one by one.
 class Pool {
 public:
     Pool(const ConvertOptions& o, const std::vector<Job>& jobs, Reporter& report)
@@ -423,11 +416,7 @@ int runConvert(const std::vector<std::string>& args, Console& console) {
     bool failed = !collected.errors.empty();
     {
         Reporter report(o, console, jobs.size());
-        if (workers <= 1) {
-            runHere(o, jobs, report);
-        } else {
-            Pool(o, jobs, report).run(workers);
-        }
+        Pool(o, jobs, report).run(workers);
         failed = failed || report.failed;
     }
     return failed ? 1 : 0;
