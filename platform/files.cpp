@@ -84,6 +84,9 @@ void closeChecked(Descriptor& fd, const std::string& path) {
     if (::close(fd.release()) != 0) fail(path, "cannot write", errno);
 }
 
+// The folder a file named `target` goes into.
+fs::path folderOf(const fs::path& target) { return target.has_parent_path() ? target.parent_path() : fs::path("."); }
+
 // A name for a new file beside `target` that nobody else uses: a dot, the
 // target's name and random letters.
 std::string temporaryNameBeside(const fs::path& target) {
@@ -92,8 +95,7 @@ std::string temporaryNameBeside(const fs::path& target) {
     if (::getentropy(&random, sizeof random) != 0) random = std::uint64_t(::getpid()) * 0x9E3779B97F4A7C15ull;
     std::string suffix;
     for (int i = 0; i < 10; ++i, random /= 36) suffix += letters[random % 36];
-    const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
-    return (folder / ("." + target.filename().string() + "." + suffix)).string();
+    return (folderOf(target) / ("." + target.filename().string() + "." + suffix)).string();
 }
 
 // Gives the unnamed file open at `fd` the name `path`, never replacing one.
@@ -113,9 +115,7 @@ bool linkDescriptor(int fd, const std::string& path) {
 // or link that appeared there meanwhile makes it return false, as does a file
 // system without unnamed files; the caller then takes the named way.
 bool linkWhenWhole(const std::string& path, std::span<const std::uint8_t> bytes) {
-    const fs::path target(path);
-    const std::string folder = target.has_parent_path() ? target.parent_path().string() : std::string(".");
-    Descriptor fd(::open(folder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
+    Descriptor fd(::open(folderOf(path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
     if (fd.get() < 0) return false;
     writeAll(fd.get(), path, bytes);
     if (!linkDescriptor(fd.get(), path)) return false;
