@@ -101,14 +101,16 @@ void Form4::buildControls() {
     preview_ = kImage1;
 
     label(this, "Label4", "Misc. Options", {240, 2880, 3015, 255}, Qt::AlignLeft);
-    const struct {
+    // A check box or option button: its name, caption and place in twips.
+    struct Control {
         const char* name;
         const char* caption;
         QRect twips;
-    } checks[] = {{"Check1", "Warn if picture not saved  at exit.", {240, 3240, 3015, 375}},
-                  {"Check2", "Display pictures at true resolution.", {240, 3600, 3015, 375}},
-                  {"Check3", "Repeat", {4200, 2760, 1095, 255}},
-                  {"Check4", "Use Multiple instances of Velmoric", {240, 3960, 3015, 375}}};
+    };
+    const Control checks[] = {{"Check1", "Warn if picture not saved  at exit.", {240, 3240, 3015, 375}},
+                              {"Check2", "Display pictures at true resolution.", {240, 3600, 3015, 375}},
+                              {"Check3", "Repeat", {4200, 2760, 1095, 255}},
+                              {"Check4", "Use Multiple instances of Velmoric", {240, 3960, 3015, 375}}};
     for (std::size_t i = 0; i < checks_.size(); ++i)
         checks_[i] = place(new QCheckBox(QString::fromLatin1(checks[i].caption), this), checks[i].name, checks[i].twips);
     checks_[0]->setChecked(true);
@@ -116,15 +118,11 @@ void Form4::buildControls() {
 
     label(this, "Label1", "Slide Show Options", {3720, 240, 1935, 255}, Qt::AlignHCenter);
     auto* frame1 = place(new QGroupBox(QStringLiteral("Delay"), this), "Frame1", {3720, 480, 1935, 2175});
-    const struct {
-        const char* name;
-        const char* caption;
-        QRect twips;
-    } delays[] = {{"Option1_0", "None", {360, 360, 1095, 195}},
-                  {"Option1_1", "2 Seconds", {360, 720, 1095, 195}},
-                  {"Option1_2", "5 Seconds", {360, 1080, 1095, 195}},
-                  {"Option1_3", "10 Seconds", {360, 1800, 1215, 195}},
-                  {"Option1_4", "15 Seconds", {360, 1440, 1215, 195}}};
+    const Control delays[] = {{"Option1_0", "None", {360, 360, 1095, 195}},
+                              {"Option1_1", "2 Seconds", {360, 720, 1095, 195}},
+                              {"Option1_2", "5 Seconds", {360, 1080, 1095, 195}},
+                              {"Option1_3", "10 Seconds", {360, 1800, 1215, 195}},
+                              {"Option1_4", "15 Seconds", {360, 1440, 1215, 195}}};
     for (std::size_t i = 0; i < option1_.size(); ++i)
         option1_[i] = place(new QRadioButton(QString::fromLatin1(delays[i].caption), frame1), delays[i].name,
                             delays[i].twips);
