@@ -16,7 +16,7 @@
 #include <string>
 #include <vector>
 
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace {
 

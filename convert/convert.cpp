@@ -13,7 +13,7 @@
 
 #include "convert/png.h"
 #include "platform/files.h"
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace velmoric {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "options/association.h"
 #include "platform/xdg_association.h"
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace velmoric::desktop {
 namespace {

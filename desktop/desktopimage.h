@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace velmoric::desktop {
 

@@ -7,7 +7,7 @@
 #include <string>
 
 #include "plugins/gdkpixbuf/loader.h"
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace {
 

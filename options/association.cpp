@@ -1,6 +1,6 @@
 #include "options/association.h"
 
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace velmoric {
 

@@ -12,7 +12,7 @@
 #include "decoders/staging.h"
 #include "options/options.h"
 #include "platform/platform.h"
-#include "shell/formats.h"
+#include "formats/formats.h"
 #include "tools/errorbox.h"
 
 namespace velmoric {

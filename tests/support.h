@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "decoders/decoder.h"
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace vtest {
 

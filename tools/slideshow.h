@@ -10,7 +10,7 @@
 
 #include "options/options.h"
 #include "platform/platform.h"
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace velmoric::tools {
 

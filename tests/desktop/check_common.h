@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "shell/formats.h"
+#include "formats/formats.h"
 
 namespace vcheck {
 

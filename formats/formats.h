@@ -3,6 +3,7 @@
 // converter's help, the MIME types, the desktop entry, the image plugins and
 // the thumbnailer.
 #include <array>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -17,6 +18,13 @@ struct DecoderArgs {
 
 using DecodeFn = Decoded (*)(Staging&, const Source&, const DecoderArgs&);
 
+// Bytes that a file of a format holds at a fixed place. Only formats whose
+// files carry such bytes have them; the others are known by name alone.
+struct Signature {
+    std::uint32_t offset;
+    std::string_view bytes;
+};
+
 struct Format {
     std::string_view upper;        // "NEO": the name must end in these three letters...
     std::string_view lower;        // "neo": ...or in these
@@ -26,6 +34,7 @@ struct Format {
     std::string_view description;  // "Neochrome", for help texts and MIME comments
     int kind;                      // 1 to 4; 0 when the file itself decides (Tiny)
     std::string_view mimeType;     // named after the format, so that any program's loader for it shares the type
+    std::span<const Signature> signatures;  // a file matching any one is of the format by content
 };
 
 // All 18 rows in dispatch order, built or not.
@@ -37,6 +46,16 @@ std::string extensionOf(std::string_view name);
 // The row whose capitals or small letters equal the extension exactly, among
 // the rows whose decoder is built; null when there is none.
 const Format* findFormat(std::string_view extension);
+
+// Whether the first bytes of a file match one of the format's signatures.
+bool matchesSignature(const Format& format, std::span<const std::uint8_t> head);
+
+// The first row, among those with a built decoder, whose signature the first
+// bytes of a file match; null when none does.
+const Format* findFormatByContent(std::span<const std::uint8_t> head);
+
+// How many first bytes of a file every signature test needs at the most.
+std::size_t signatureExtent();
 
 // The native size in pixels of a picture of each kind (1 to 4).
 struct NativeSize {
