@@ -25,6 +25,15 @@ struct Signature {
     std::string_view bytes;
 };
 
+// Where a format's files keep colour cycles, if they do.
+enum class CycleStore {
+    none,
+    neochrome,        // two words at 48
+    degasElite,       // 32 bytes behind the 32034 bytes of a plain file
+    degasCompressed,  // 32 bytes behind the compressed screen
+    tiny,             // four bytes behind a first byte above 2
+};
+
 struct Format {
     std::string_view upper;        // "NEO": the name must end in these three letters...
     std::string_view lower;        // "neo": ...or in these
@@ -35,6 +44,7 @@ struct Format {
     int kind;                      // 1 to 4; 0 when the file itself decides (Tiny)
     std::string_view mimeType;     // named after the format, so that any program's loader for it shares the type
     std::span<const Signature> signatures;  // a file matching any one is of the format by content
+    CycleStore cycles;
 };
 
 // All 18 rows in dispatch order, built or not.
