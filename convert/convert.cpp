@@ -11,6 +11,7 @@
 #include <mutex>
 #include <thread>
 
+#include "convert/gif.h"
 #include "convert/png.h"
 #include "platform/files.h"
 #include "formats/formats.h"
@@ -39,7 +40,7 @@ struct JobResult {
 bool isPictureName(const fs::path& p) { return findFormat(extensionOf(p.filename().string())) != nullptr; }
 
 std::string outputName(const ConvertOptions& o, const fs::path& source, const fs::path& relativeFolder) {
-    const std::string suffix = o.format == OutputFormat::Png ? ".png" : ".bmp";
+    const std::string suffix = o.format == OutputFormat::Png ? ".png" : o.format == OutputFormat::Gif ? ".gif" : ".bmp";
     const std::string name = source.filename().string() + suffix;
     if (o.outputFolder.empty()) return (source.parent_path() / name).string();
     return (fs::path(o.outputFolder) / relativeFolder / name).lexically_normal().string();
@@ -105,7 +106,8 @@ std::vector<std::string> collisions(const std::vector<Job>& jobs) {
 }
 
 // Decodes without copying the bitmap: `bitmap` views the staging arrays.
-FileDecode decodeInto(Staging& staging, const std::string& path, std::span<const std::uint8_t>& bitmap) {
+FileDecode decodeInto(Staging& staging, const std::string& path, std::span<const std::uint8_t>& bitmap,
+                      bool withCycles) {
     FileDecode d;
     const std::string name = fs::path(path).filename().string();
     const std::string extension = extensionOf(name);
@@ -130,6 +132,7 @@ FileDecode decodeInto(Staging& staging, const std::string& path, std::span<const
     d.caption = std::string(result.caption);
     d.kind = result.kind;
     bitmap = result.bitmap;
+    if (withCycles) d.frames = cycles::animationOf(*format, Source{data.bytes, data.length}, result).frames;
     d.width = nativeSizeOfKind(result.kind).width;
     d.height = nativeSizeOfKind(result.kind).height;
     return d;
@@ -147,7 +150,7 @@ JobResult runJob(const ConvertOptions& o, const Job& job, Worker& worker) {
     JobResult r;
     r.done = true;
     std::span<const std::uint8_t> bitmap;
-    const FileDecode d = worker.staging.decodeInPlace(job.source, bitmap);
+    const FileDecode d = worker.staging.decodeInPlace(job.source, bitmap, o.format == OutputFormat::Gif);
     if (!d.ok) {
         r.line = job.source + ": " + d.reason;
         return r;
@@ -166,6 +169,9 @@ JobResult runJob(const ConvertOptions& o, const Job& job, Worker& worker) {
         }
         if (o.format == OutputFormat::Png) {
             files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()})));
+        } else if (o.format == OutputFormat::Gif) {
+            files::replaceAtomically(job.output,
+                                     encodeGif(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()}), d.frames));
         } else {
             files::replaceAtomically(job.output, bitmap);
         }
@@ -294,10 +300,11 @@ private:
 FreshStaging::FreshStaging() : staging_(std::make_unique<Staging>()) { staging_->buildTables(); }
 FreshStaging::~FreshStaging() = default;
 
-FileDecode FreshStaging::decodeInPlace(const std::string& path, std::span<const std::uint8_t>& bitmap) {
+FileDecode FreshStaging::decodeInPlace(const std::string& path, std::span<const std::uint8_t>& bitmap,
+                                       bool withCycles) {
     if (used_) staging_->resetToFresh();
     used_ = true;
-    return decodeInto(*staging_, path, bitmap);
+    return decodeInto(*staging_, path, bitmap, withCycles);
 }
 
 FileDecode FreshStaging::decode(const std::string& path) {
@@ -314,10 +321,11 @@ FileDecode decodeFile(const std::string& path) {
 
 std::string convertUsage() {
     std::string s =
-        "usage: velmoric-convert [-o DIR] [-f bmp|png] [-j N] [-r] [--info] [-q] FILE|DIR...\n"
-         "Decodes Atari ST and MacPaint pictures to Windows bitmaps (PI1 -> PI1.bmp) or PNG.\n"
+        "usage: velmoric-convert [-o DIR] [-f bmp|png|gif] [-j N] [-r] [--info] [-q] FILE|DIR...\n"
+         "Decodes Atari ST and MacPaint pictures to Windows bitmaps (PI1 -> PI1.bmp), PNG or GIF.\n"
          "  -o DIR      write the outputs into DIR instead of beside each source\n"
-         "  -f bmp|png  output format (default bmp: the exact bitmap the viewer shows)\n"
+         "  -f bmp|png|gif  output format (default bmp: the exact bitmap the viewer shows);\n"
+         "              a GIF of a picture with colour cycles plays them, looping for ever\n"
          "  -j N        decode N files at once (default: one for each core)\n"
          "  -r          look for pictures in folders below the named folders too\n"
          "  --info      print path, format, kind and size of each picture; write nothing\n"
@@ -353,12 +361,13 @@ std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& a
             if (!v) return std::nullopt;
             o.outputFolder = *v;
         } else if (a == "-f") {
-            auto v = value("bmp or png");
+            auto v = value("bmp, png or gif");
             if (!v) return std::nullopt;
             if (*v == "bmp") o.format = OutputFormat::Bmp;
             else if (*v == "png") o.format = OutputFormat::Png;
+            else if (*v == "gif") o.format = OutputFormat::Gif;
             else {
-                err += "velmoric-convert: unknown output format '" + *v + "' (bmp or png)\n";
+                err += "velmoric-convert: unknown output format '" + *v + "' (bmp, png or gif)\n";
                 return std::nullopt;
             }
         } else if (a == "-j") {

@@ -1,5 +1,5 @@
 #pragma once
-// velmoric-convert: decodes picture files to Windows bitmaps or PNG files
+// velmoric-convert: decodes picture files to Windows bitmaps, PNG or GIF files
 // without a window. Every file starts from a fresh state, so its output
 // depends on that file alone, whatever the order or the number of workers.
 #include <cstdint>
@@ -10,11 +10,13 @@
 #include <string>
 #include <vector>
 
+#include "cycles/cycles.h"
+
 namespace velmoric {
 
 struct Staging;
 
-enum class OutputFormat { Bmp, Png };
+enum class OutputFormat { Bmp, Png, Gif };
 
 struct ConvertOptions {
     std::string outputFolder;  // empty: beside each source
@@ -34,6 +36,7 @@ struct FileDecode {
     int kind = 0;
     int width = 0, height = 0;
     std::vector<std::uint8_t> bitmap;  // the bytes of the temporary bitmap
+    std::vector<cycles::Frame> frames;  // colour cycles of one period, when asked for
 };
 
 // Staging arrays that decode every file from the state of a fresh start,
@@ -45,7 +48,8 @@ public:
     FileDecode decode(const std::string& path);
     // The same without a copy of the bitmap, which `bitmap` shows in the
     // staging arrays until the next decode.
-    FileDecode decodeInPlace(const std::string& path, std::span<const std::uint8_t>& bitmap);
+    // With `withCycles`, the frames of the picture's colour cycles too.
+    FileDecode decodeInPlace(const std::string& path, std::span<const std::uint8_t>& bitmap, bool withCycles = false);
 
 private:
     std::unique_ptr<Staging> staging_;

@@ -81,7 +81,7 @@ TEST_F(ConvertTest, InfoPrintsOneLinePerPictureOfTheFolder) {
 
 TEST_F(ConvertTest, BadUsageExitsTwo) {
     for (const auto& args : std::vector<std::vector<std::string>>{
-             {}, {"-f", "gif", "x.neo"}, {"-j", "0", "x.neo"}, {"-j"}, {"--frobnicate", "x.neo"}}) {
+             {}, {"-f", "jpeg", "x.neo"}, {"-j", "0", "x.neo"}, {"-j"}, {"--frobnicate", "x.neo"}}) {
         EXPECT_EQ(run(args), 2);
         EXPECT_FALSE(err.empty());
     }

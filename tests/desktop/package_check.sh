@@ -37,5 +37,6 @@ for item in "${items[@]}"; do
   apt-cache show "$name" >/dev/null 2>&1 || dpkg-query -W "$name" >/dev/null 2>&1 || fail "apt knows no package $name"
 done
 echo "every dependency is a package apt knows"
-# The converter opens libspng only when it writes a PNG.
+# The converter opens libspng and giflib only when it writes a PNG or a GIF.
 grep -q 'libspng' <<< "$depends" || fail "libspng is not among the dependencies"
+grep -q 'libgif' <<< "$depends" || fail "giflib is not among the dependencies"
