@@ -109,9 +109,11 @@ void Viewer::runDecoder(const Format& format) {
     ui.writeFile(ui.temporaryBitmapPath(), result.bitmap);
     ui.setCaption(std::string(result.caption));
     kind = result.kind;
+    animation = cycles::animationOf(format, Source{data.bytes, data.length}, result);
 }
 
 void Viewer::openpic() {
+    stopPlaying();
     ui.yield();
     if (openmode == 0) {
         ui.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
@@ -130,6 +132,7 @@ void Viewer::openpic() {
     // What an error must leave as it was: the decoder sets the caption and
     // the kind before the picture is loaded.
     const std::int16_t kindBefore = kind;
+    cycles::Animation animationBefore = animation;
     const std::string captionBefore = ui.caption();
     std::string temporary;
     bool laidOut = false;
@@ -160,6 +163,7 @@ void Viewer::openpic() {
             }
         }
         kind = kindBefore;
+        animation = std::move(animationBefore);
         ui.setCaption(captionBefore);
         if (laidOut) Form_Resize();
         showErrorBox(e.what());
@@ -185,6 +189,7 @@ void Viewer::openpic() {
 }
 
 bool Viewer::Form_QueryUnload() {
+    stopPlaying();
     if (stop == kFalse) return true;
     bool refuse = false;
     if (saved == kFalse && options.save == 1) {
@@ -202,19 +207,32 @@ void Viewer::showAbout() {
                   "About.", Buttons::Ok, Icon::Information);
 }
 
-void Viewer::savepic() { tools::savepic(ui, nopicture, saved); }
+void Viewer::savepic() {
+    stopPlaying();
+    tools::savepic(ui, nopicture, saved);
+}
 
-void Viewer::printpic() { tools::printpic(ui, options.orientation, options.printscale); }
+void Viewer::printpic() {
+    stopPlaying();
+    tools::printpic(ui, options.orientation, options.printscale);
+}
 
-void Viewer::copypic() { tools::copypic(ui); }
+void Viewer::copypic() {
+    stopPlaying();
+    tools::copypic(ui);
+}
 
 void Viewer::monoinvert() {
+    stopPlaying();
     menusoff();
     tools::monoinvert(ui, *staging, kind, saved);
+    // The cycles belong to the decoded picture, not to its inverse.
+    if (kind == 3 || kind == 4) animation = {};
     menuson();
 }
 
 void Viewer::slideshow() {
+    stopPlaying();
     tools::ShowWindow window{ui,
                              options,
                              kind,
@@ -245,6 +263,7 @@ void Viewer::medit_Click(int index) {
     if (index == 0) {
         slideshow();
     } else if (index == 2) {
+        stopPlaying();
         if (optionsDialog) optionsDialog();
         // `size` may have changed in the dialog.
         Form_Resize();

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "cycles/cycles.h"
 #include "decoders/staging.h"
 #include "options/options.h"
 #include "platform/platform.h"
@@ -54,6 +55,10 @@ public:
     std::int16_t stop = 0;
     std::int16_t openmode = 0;
 
+    // The colour cycles of the picture on show, read when it was decoded;
+    // none after an inversion. The window plays them only when asked.
+    cycles::Animation animation;
+
     // Start-up: first-run question, options, tables, state.
     void Form_Load();
     // The first tick of Timer1: hand the command line to an earlier copy and
@@ -97,12 +102,18 @@ public:
     std::function<void()> unloadRequest;
     std::function<void()> optionsDialog;
     std::function<void()> helpDialog;
+    // Stops the play of colour cycles and shows the decoded picture again.
+    // Every command calls it first, so that it works on that picture.
+    std::function<void()> stopCycles;
 
 private:
     // Reads the source, runs the decoder and leaves the bitmap in the
     // temporary file, the caption in Label1 and the kind; or sets badfile.
     void runDecoder(const Format& format);
     void showErrorBox(const std::string& systemText);
+    void stopPlaying() {
+        if (stopCycles) stopCycles();
+    }
 };
 
 }  // namespace velmoric

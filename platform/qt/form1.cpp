@@ -3,6 +3,7 @@
 #include "platform/qt/controls.h"
 
 #include <QCloseEvent>
+#include <QMenu>
 #include <QMenuBar>
 #include <QResizeEvent>
 #include <QWindow>
@@ -42,6 +43,7 @@ Form1::Form1(QtPlatform& platform) : platform_(platform), viewer_(platform) {
     buildMenus();
     buildControls();
     buildToolbar();
+    buildCycleControls();
     resize(kClientWidthTwips / 15, kClientHeightTwips / 15 + menuBarHeightFor(kClientWidthTwips / 15));
 
     viewer_.unloadRequest = [this] { close(); };
@@ -113,6 +115,35 @@ void Form1::buildControls() {
     connect(image1_, &Image1::filesDropped, this, [this](const std::vector<std::string>& files) {
         QMetaObject::invokeMethod(this, [this, files] { viewer_.Image1_OLEDragDrop(files); }, Qt::QueuedConnection);
     });
+}
+
+// The play of colour cycles stands outside the menus and the toolbar: a
+// context menu on the picture and the key C. It works only while the
+// commands are on, and never changes the picture object.
+void Form1::buildCycleControls() {
+    cyclePlayer_ = new CyclePlayer(*image1_, this);
+    viewer_.stopCycles = [this] { playCycles(false); };
+    cycleAction_ = new QAction(QStringLiteral("Play colour cycles"), this);
+    cycleAction_->setCheckable(true);
+    cycleAction_->setShortcut(QKeySequence(Qt::Key_C));
+    cycleAction_->setShortcutContext(Qt::WindowShortcut);
+    addAction(cycleAction_);
+    connect(cycleAction_, &QAction::triggered, this, &Form1::playCycles);
+    connect(image1_, &Image1::contextMenuAsked, this, [this](const QPoint& at) {
+        cycleAction_->setEnabled(toolbar1_->isEnabled() && viewer_.animation.animated());
+        QMenu menu(this);
+        menu.addAction(cycleAction_);
+        menu.exec(at);
+        cycleAction_->setEnabled(true);
+    });
+}
+
+void Form1::playCycles(bool play) {
+    if (play && toolbar1_->isEnabled())
+        cyclePlayer_->play(viewer_.animation);
+    else
+        cyclePlayer_->stop();
+    cycleAction_->setChecked(cyclePlayer_->playing());
 }
 
 void Form1::buildToolbar() {

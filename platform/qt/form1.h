@@ -10,6 +10,7 @@
 #include <array>
 
 #include "platform/qt/commands.h"
+#include "platform/qt/cycleplayer.h"
 #include "platform/qt/image1.h"
 #include "platform/qt/qtplatform.h"
 #include "shell/viewer.h"
@@ -40,6 +41,9 @@ public:
     QMenu* mfile(int index) const { return mfile_.at(std::size_t(index)); }
     QAction* menuAction(MenuArray array, int index) const;
     QAction* toolbarAction(const QString& key) const;
+    // "Play colour cycles" of Image1's context menu, also on the key C.
+    QAction* cycleAction() const { return cycleAction_; }
+    const CyclePlayer& cyclePlayer() const { return *cyclePlayer_; }
 
     // The height the menu bar takes at a window width, as the window's
     // layout gives it.
@@ -64,6 +68,8 @@ private:
     void menuItemClicked(const MenuItem& item);
     void toolbarClicked(QAction* action);
     void timerTick();
+    void buildCycleControls();
+    void playCycles(bool play);
 
     QtPlatform& platform_;
     Viewer viewer_;
@@ -74,6 +80,8 @@ private:
     QLabel* label2_ = nullptr;
     Image1* image1_ = nullptr;
     QTimer timer1_;
+    CyclePlayer* cyclePlayer_ = nullptr;
+    QAction* cycleAction_ = nullptr;
     bool ticked_ = false;
     QSize restoreSize_;  // the size in the normal state before maximising
 };

@@ -1,5 +1,6 @@
 #include "platform/qt/image1.h"
 
+#include <QContextMenuEvent>
 #include <QDropEvent>
 #include <QFile>
 #include <QMimeData>
@@ -45,6 +46,17 @@ int Image1::nativeScale() const { return std::max(1, int(std::floor(devicePixelR
 void Image1::setPicture(const Picture& picture) {
     picture_ = picture;
     image_ = toImage(picture);
+    update();
+}
+
+void Image1::setColourTable(const QList<QRgb>& table) {
+    if (image_.colorCount() != table.size()) return;
+    image_.setColorTable(table);
+    update();
+}
+
+void Image1::showDecodedColours() {
+    image_ = toImage(picture_);
     update();
 }
 
@@ -99,6 +111,8 @@ void answerDrag(QDropEvent* event) {
 }
 
 }  // namespace
+
+void Image1::contextMenuEvent(QContextMenuEvent* event) { emit contextMenuAsked(event->globalPos()); }
 
 void Image1::dragEnterEvent(QDragEnterEvent* event) { answerDrag(event); }
 void Image1::dragMoveEvent(QDragMoveEvent* event) { answerDrag(event); }

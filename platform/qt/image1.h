@@ -30,6 +30,10 @@ public:
     explicit Image1(QWidget* parent);
 
     void setPicture(const Picture& picture);
+    // Shows the picture's pixels under another palette (an indexed picture
+    // only), and the picture's own colours again.
+    void setColourTable(const QList<QRgb>& table);
+    void showDecodedColours();
     const Picture& picture() const { return picture_; }
     const QImage& image() const { return image_; }
     void setNative(bool native);
@@ -41,6 +45,7 @@ public:
 signals:
     void clicked();
     void filesDropped(const std::vector<std::string>& files);
+    void contextMenuAsked(const QPoint& globalPosition);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -49,6 +54,7 @@ protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
     Picture picture_;
