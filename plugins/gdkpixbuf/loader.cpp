@@ -3,6 +3,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "desktop/desktopimage.h"
 
@@ -22,15 +23,18 @@ void setError(GError** error, GdkPixbufError code, const std::string& text) {
     g_set_error_literal(error, GDK_PIXBUF_ERROR, code, text.c_str());
 }
 
-GdkPixbuf* pixbufOf(const desktop::DesktopPicture& p) {
+// The picture with a palette of its own colours (for a paletted picture,
+// the picture's palette or the one of a frame).
+GdkPixbuf* pixbufOf(const desktop::DesktopPicture& p, std::span<const std::uint32_t> colours) {
     GdkPixbuf* pixbuf = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, p.width, p.height);
     if (!pixbuf) return nullptr;
     guchar* pixels = gdk_pixbuf_get_pixels(pixbuf);
     const std::size_t stride = std::size_t(gdk_pixbuf_get_rowstride(pixbuf));
+    std::vector<std::uint32_t> row(std::size_t(p.width));
     for (int y = 0; y < p.height; ++y) {
+        p.rowRgb(y, colours, row.data());
         guchar* out = pixels + std::size_t(y) * stride;
-        for (int x = 0; x < p.width; ++x) {
-            const std::uint32_t c = p.pixels[std::size_t(y) * std::size_t(p.width) + std::size_t(x)];
+        for (const std::uint32_t c : row) {
             *out++ = guchar(c >> 16);
             *out++ = guchar(c >> 8);
             *out++ = guchar(c);
@@ -39,11 +43,48 @@ GdkPixbuf* pixbufOf(const desktop::DesktopPicture& p) {
     return pixbuf;
 }
 
+// The table's signatures as GdkPixbuf matches them: the bytes from the
+// start of the file, with a mask that passes over the bytes before the
+// signature ('x') and asks zero bytes, which a C string cannot hold, to be
+// zero ('z'). A signature that an earlier row of the table shares ranks
+// lower, so that the first row wins when the contents alone decide, as in
+// the Qt plugin.
+struct Patterns {
+    std::vector<std::string> prefixes, masks;
+    std::vector<GdkPixbufModulePattern> list;
+};
+
+bool earlierRowHas(const Format& format, const Signature& sig) {
+    for (const Format& f : formatTable()) {
+        if (&f == &format) return false;
+        for (const Signature& other : f.signatures)
+            if (other.offset == sig.offset && other.bytes == sig.bytes) return true;
+    }
+    return false;
+}
+
+void makePatterns(const Format& format, Patterns& out) {
+    out = Patterns{};
+    for (const Signature& sig : format.signatures) {
+        std::string prefix(sig.offset, 'x'), mask(sig.offset, 'x');
+        for (const char c : sig.bytes) {
+            prefix += c == 0 ? 'z' : c;
+            mask += c == 0 ? 'z' : ' ';
+        }
+        out.prefixes.push_back(prefix);
+        out.masks.push_back(mask);
+    }
+    for (std::size_t i = 0; i < out.prefixes.size(); ++i)
+        out.list.push_back({out.prefixes[i].data(), out.masks[i].data(),
+                            earlierRowHas(format, format.signatures[i]) ? 50 : 100});
+    out.list.push_back({nullptr, nullptr, 0});
+}
+
 }  // namespace
 
 void fillInfo(GdkPixbufFormat* info, const char* key) {
     // GdkPixbuf keeps these for the life of the module, which holds one row.
-    static GdkPixbufModulePattern noSignature[] = {{nullptr, nullptr, 0}};
+    static Patterns patterns;
     static std::string name, description;
     static gchar* mimeTypes[2] = {};
     static gchar* extensions[2] = {};
@@ -55,7 +96,8 @@ void fillInfo(GdkPixbufFormat* info, const char* key) {
     mimeTypes[0] = const_cast<gchar*>(format->mimeType.data());
     extensions[0] = const_cast<gchar*>(format->lower.data());
     info->name = name.data();
-    info->signature = noSignature;
+    makePatterns(*format, patterns);
+    info->signature = patterns.list.data();
     info->description = description.data();
     info->mime_types = mimeTypes;
     info->extensions = extensions;
@@ -113,7 +155,7 @@ gboolean stopLoad(gpointer context, GError** error) {
         load->sizeFunc(&width, &height, load->userData);
         if (width == 0 || height == 0) return TRUE;  // the caller wanted the size alone
     }
-    GdkPixbuf* pixbuf = pixbufOf(picture);
+    GdkPixbuf* pixbuf = pixbufOf(picture, picture.palette);
     if (!pixbuf) {
         setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory for the picture");
         return FALSE;

@@ -10,7 +10,7 @@
 namespace velmoric::pixbuf {
 
 // What fill_info gives for the row of `key`: its type, its extension, its
-// description; no signature, since the contents never decide.
+// description, and the signatures of its files, where they have any.
 void fillInfo(GdkPixbufFormat* info, const char* key);
 
 // The incremental load: bytes are gathered until the end, then decoded.
