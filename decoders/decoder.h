@@ -62,6 +62,9 @@ Decoded degas3(Staging& s, const Source& src);
 Decoded degasc1(Staging& s, const Source& src);
 Decoded degasc2(Staging& s, const Source& src);
 Decoded degasc3(Staging& s, const Source& src);
+// Where the compressed screen of a PC1 (kind 1), PC2 (2) or PC3 (3) file
+// ends: the offset behind its last run, which may lie past the file's end.
+std::size_t packedScreenEnd(const Source& src, int kind);
 // TNY, TN1 to TN3.
 Decoded tiny(Staging& s, const Source& src);
 // SPU, SPC, SPS.

@@ -31,38 +31,51 @@ void storeScreenByte(Staging& s, int b, std::uint8_t v) {
     s.srcwords.put(i, b % 2 == 0 ? std::uint16_t((w & 0xFF00) | v) : std::uint16_t((w & 0x00FF) | v << 8));
 }
 
-// The header's 17 words, then the rows, plane by plane. The source is read
-// byte by byte from offset 34; a file that ends early reads as zeros, each
-// a control byte that copies one zero, so the picture is always finished.
-// A plane ends only between runs: a run that passes its end carries on in
-// the same plane of the rows below, which are decoded later and overwrite
-// it, and the next plane still starts at its own place. A run stores at
-// most 128 bytes, so nothing leaves srcwords.
-void unpackScreen(Staging& s, const Source& src, const PackedLayout& l) {
-    readWords(s, src, 0, 0, kImageWord);
+// The rows, plane by plane, from offset 34, each byte handed to `store`
+// with its place in the screen; gives the offset behind the last run. A file
+// that ends early reads as zeros, each a control byte that copies one zero,
+// so the picture is always finished. A plane ends only between runs: a run
+// that passes its end carries on in the same plane of the rows below, which
+// are decoded later and overwrite it, and the next plane still starts at its
+// own place. A run stores at most 128 bytes.
+template <typename Store>
+std::size_t walkRuns(const Source& src, const PackedLayout& l, Store&& store) {
     std::size_t at = 2 * kImageWord;
     for (int y = 0; y < l.rows; ++y) {
         for (int p = 0; p < l.planes; ++p) {
             int b = y * l.rowBytes + 2 * p;
             const int end = b + l.rowBytes;
-            auto store = [&](std::uint8_t v) {
-                storeScreenByte(s, b, v);
+            auto put = [&](std::uint8_t v) {
+                store(b, v);
                 b += b % 2 == 0 ? 1 : 2 * l.planes - 1;
             };
             do {
                 const int n = src.byte(at++);
                 if (n < 128) {
-                    for (int i = 0; i <= n; ++i) store(src.byte(at++));
+                    for (int i = 0; i <= n; ++i) put(src.byte(at++));
                 } else if (n > 128) {
                     const std::uint8_t v = src.byte(at++);
-                    for (int i = 0; i < 257 - n; ++i) store(v);
+                    for (int i = 0; i < 257 - n; ++i) put(v);
                 }
             } while (b < end);
         }
     }
+    return at;
 }
 
+// The header's 17 words, then the screen; nothing leaves srcwords.
+void unpackScreen(Staging& s, const Source& src, const PackedLayout& l) {
+    readWords(s, src, 0, 0, kImageWord);
+    walkRuns(src, l, [&](int b, std::uint8_t v) { storeScreenByte(s, b, v); });
+}
+
+const PackedLayout& layoutOfKind(int kind) { return kind == 1 ? kPackedLow : kind == 2 ? kPackedMedium : kPackedMono; }
+
 }  // namespace
+
+std::size_t packedScreenEnd(const Source& src, int kind) {
+    return walkRuns(src, layoutOfKind(kind), [](int, std::uint8_t) {});
+}
 
 Decoded degasc1(Staging& s, const Source& src) {
     unpackScreen(s, src, kPackedLow);
