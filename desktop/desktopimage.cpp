@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 
+#include "cycles/cycles.h"
+
 namespace velmoric::desktop {
 namespace {
 
@@ -126,16 +128,29 @@ DesktopPicture pictureOf(std::span<const std::uint8_t> bitmap, const BitmapLayou
     return p;
 }
 
+// How many first bytes of a file its decoder reads at the most, where that
+// is known without decoding; 0 where it is not.
+std::uint64_t bytesTheDecoderReads(const Format& format, const Source& src, int kind) {
+    if (format.routine == "degas1") return 2 * std::uint64_t(format.args.values[0] + 1);  // up to its last word
+    if (format.routine == "degas2" || format.routine == "degas3") return 32034;
+    if (format.routine == "spec") return src.length;  // it takes a file of one length only
+    if (format.routine.starts_with("degasc")) return packedScreenEnd(src, kind);
+    return 0;
+}
+
 // The same decode with every byte past the end of the file set: if that
 // changes what matters of the picture, the picture needs bytes the file lacks.
 // For a plain screen that is its first row, compared in the bitmap's own
 // bytes, which tell missing bytes apart even where the palette gives two
 // indices the same colour.
 bool needsMissingBytes(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length,
-                       std::span<const std::uint8_t> real, const BitmapLayout& layout) {
+                       const Decoded& real, const BitmapLayout& layout) {
     if (length >= kSourceLimit) return false;
+    // A file that holds every byte its decoder reads needs no second decode to tell.
+    const std::uint64_t reads = bytesTheDecoderReads(format, Source{head, length}, real.kind);
+    if (reads != 0 && reads <= length) return false;
     thread_local std::vector<std::uint8_t> kept, padded;
-    kept.assign(real.begin(), real.end());  // the next decode reuses the staging arrays
+    kept.assign(real.bitmap.begin(), real.bitmap.end());  // the next decode reuses the staging arrays
     padded.assign(head.begin(), head.end());
     padded.resize(kSourceLimit, 0xFF);
     const Decoded other = decodeWith(format, freshStaging(), Source{padded, length});
@@ -145,6 +160,29 @@ bool needsMissingBytes(const Format& format, std::span<const std::uint8_t> head,
     if (!otherLayout || otherLayout->stride != layout.stride) return true;
     const std::size_t rowBytes = (std::size_t(layout.width) * std::size_t(layout.bitsPerPixel) + 7) / 8;
     return std::memcmp(layout.row(kept, 0), otherLayout->row(other.bitmap, 0), rowBytes) != 0;
+}
+
+// Milliseconds from the start to a tick, rounded to the nearest.
+long long millisecondsAt(long long tick) {
+    return (tick * 1000 + cycles::kTicksPerSecond / 2) / cycles::kTicksPerSecond;
+}
+
+// The palettes of one period of a picture whose colours cycle, each for
+// whole milliseconds: a frame lasts from its first tick's time, rounded, to
+// the next one's, so that the rounding never adds up over a period.
+std::vector<DesktopFrame> framesOf(const cycles::Animation& animation) {
+    std::vector<DesktopFrame> out;
+    if (!animation.animated()) return out;
+    long long tick = 0;
+    for (const cycles::Frame& f : animation.frames) {
+        DesktopFrame frame;
+        for (const cycles::Colour& c : f.palette)
+            frame.palette.push_back(std::uint32_t(c[2]) << 16 | std::uint32_t(c[1]) << 8 | c[0]);
+        frame.delayMs = int(millisecondsAt(tick + f.ticks) - millisecondsAt(tick));
+        tick += f.ticks;
+        out.push_back(std::move(frame));
+    }
+    return out;
 }
 
 DesktopPicture failed(std::string reason) {
@@ -202,7 +240,8 @@ DesktopPicture decodeForDesktop(const Format& format, std::span<const std::uint8
     if (!layout) return failed("the decoder gave no bitmap");
     DesktopPicture picture = pictureOf(real.bitmap, *layout, real.kind);
     if (!picture.ok) return picture;
-    if (needsMissingBytes(format, head, length, real.bitmap, *layout))
+    picture.frames = framesOf(cycles::animationOf(format, source, real));
+    if (needsMissingBytes(format, head, length, real, *layout))
         return failed(isPlainScreen(format) ? "the file ends before the first row of the picture"
                                             : "the file ends before the picture does");
     return picture;
