@@ -1,11 +1,13 @@
 #include "plugins/gdkpixbuf/loader.h"
 
+#include <cstdio>
 #include <memory>
 #include <new>
 #include <string>
 #include <vector>
 
 #include "desktop/desktopimage.h"
+#include "plugins/gdkpixbuf/animation.h"
 
 namespace velmoric::pixbuf {
 namespace {
@@ -21,26 +23,6 @@ struct Load {
 
 void setError(GError** error, GdkPixbufError code, const std::string& text) {
     g_set_error_literal(error, GDK_PIXBUF_ERROR, code, text.c_str());
-}
-
-// The picture with a palette of its own colours (for a paletted picture,
-// the picture's palette or the one of a frame).
-GdkPixbuf* pixbufOf(const desktop::DesktopPicture& p, std::span<const std::uint32_t> colours) {
-    GdkPixbuf* pixbuf = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, p.width, p.height);
-    if (!pixbuf) return nullptr;
-    guchar* pixels = gdk_pixbuf_get_pixels(pixbuf);
-    const std::size_t stride = std::size_t(gdk_pixbuf_get_rowstride(pixbuf));
-    std::vector<std::uint32_t> row(std::size_t(p.width));
-    for (int y = 0; y < p.height; ++y) {
-        p.rowRgb(y, colours, row.data());
-        guchar* out = pixels + std::size_t(y) * stride;
-        for (const std::uint32_t c : row) {
-            *out++ = guchar(c >> 16);
-            *out++ = guchar(c >> 8);
-            *out++ = guchar(c);
-        }
-    }
-    return pixbuf;
 }
 
 // The table's signatures as GdkPixbuf matches them: the bytes from the
@@ -78,6 +60,20 @@ void makePatterns(const Format& format, Patterns& out) {
         out.list.push_back({out.prefixes[i].data(), out.masks[i].data(),
                             earlierRowHas(format, format.signatures[i]) ? 50 : 100});
     out.list.push_back({nullptr, nullptr, 0});
+}
+
+// The picture of the bytes gathered, or false with the reason in `error`.
+bool decode(const Format& format, const desktop::SourceBytes& source, desktop::DesktopPicture& picture,
+            GError** error) {
+    try {
+        picture = desktop::decodeForDesktop(format, source.head(), source.length());
+    } catch (const std::exception& e) {
+        setError(error, GDK_PIXBUF_ERROR_FAILED, e.what());
+        return false;
+    }
+    if (picture.ok) return true;
+    setError(error, GDK_PIXBUF_ERROR_CORRUPT_IMAGE, typeComment(format) + ": " + picture.error);
+    return false;
 }
 
 }  // namespace
@@ -140,16 +136,7 @@ gboolean stopLoad(gpointer context, GError** error) {
         return FALSE;
     }
     desktop::DesktopPicture picture;
-    try {
-        picture = desktop::decodeForDesktop(*load->format, load->source.head(), load->source.length());
-    } catch (const std::exception& e) {
-        setError(error, GDK_PIXBUF_ERROR_FAILED, e.what());
-        return FALSE;
-    }
-    if (!picture.ok) {
-        setError(error, GDK_PIXBUF_ERROR_CORRUPT_IMAGE, typeComment(*load->format) + ": " + picture.error);
-        return FALSE;
-    }
+    if (!decode(*load->format, load->source, picture, error)) return FALSE;
     int width = picture.width, height = picture.height;
     if (load->sizeFunc) {
         load->sizeFunc(&width, &height, load->userData);
@@ -160,10 +147,48 @@ gboolean stopLoad(gpointer context, GError** error) {
         setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory for the picture");
         return FALSE;
     }
-    if (load->preparedFunc) load->preparedFunc(pixbuf, nullptr, load->userData);
-    if (load->updatedFunc) load->updatedFunc(pixbuf, 0, 0, picture.width, picture.height, load->userData);
+    const int shownWidth = picture.width, shownHeight = picture.height;
+    // A picture whose colours cycle comes as an animation too, for the
+    // programs that play one; the still picture is its first frame.
+    GdkPixbufAnimation* animation =
+        picture.animated() ? newAnimation(load->format->lower.data(), std::move(picture), pixbuf) : nullptr;
+    if (load->preparedFunc) load->preparedFunc(pixbuf, animation, load->userData);
+    if (load->updatedFunc) load->updatedFunc(pixbuf, 0, 0, shownWidth, shownHeight, load->userData);
+    if (animation) g_object_unref(animation);
     g_object_unref(pixbuf);
     return TRUE;
+}
+
+GdkPixbufAnimation* loadAnimation(const char* key, FILE* file, GError** error) {
+    const Format* format = desktop::formatForKey(key);
+    desktop::SourceBytes source;
+    desktop::DesktopPicture picture;
+    try {
+        guchar buffer[16384];
+        for (std::size_t n; source.length() <= desktop::kLongestFile && (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+            source.append({buffer, n});
+    } catch (const std::bad_alloc&) {
+        setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory to load the picture");
+        return nullptr;
+    }
+    if (!format) {
+        setError(error, GDK_PIXBUF_ERROR_UNKNOWN_TYPE, std::string("no Atari picture format '") + key + "'");
+        return nullptr;
+    }
+    if (std::ferror(file)) {
+        setError(error, GDK_PIXBUF_ERROR_FAILED, "the file cannot be read");
+        return nullptr;
+    }
+    if (!decode(*format, source, picture, error)) return nullptr;
+    GdkPixbuf* still = pixbufOf(picture, picture.palette);
+    if (!still) {
+        setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory for the picture");
+        return nullptr;
+    }
+    GdkPixbufAnimation* animation = picture.animated() ? newAnimation(key, std::move(picture), still)
+                                                       : gdk_pixbuf_non_anim_new(still);
+    g_object_unref(still);
+    return animation;
 }
 
 }  // namespace velmoric::pixbuf
