@@ -1,10 +1,11 @@
 #include "desktop/desktopimage.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
-#include <stdexcept>
+#include <optional>
 
-#include "platform/picture.h"
+#include "cycles/cycles.h"
 
 namespace velmoric::desktop {
 namespace {
@@ -36,38 +37,152 @@ std::string headerProblem(const Format& format, const Source& src) {
 
 char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? char(c - 'A' + 'a') : c; }
 
-struct FreshDecode {
-    bool rejected = false;
-    std::vector<std::uint8_t> bitmap;
-    int kind = 0;
+// The staging arrays and tables of this thread, built once and brought back
+// to their fresh state before every later decode: a file manager previewing
+// a folder pays for the tables once, and each picture still decodes alone.
+Staging& freshStaging() {
+    thread_local std::unique_ptr<Staging> staging;
+    if (staging) {
+        staging->resetToFresh();
+    } else {
+        staging = std::make_unique<Staging>();
+        staging->buildTables();
+    }
+    return *staging;
+}
+
+std::uint32_t little32(std::span<const std::uint8_t> b, std::size_t at) {
+    return std::uint32_t(b[at]) | std::uint32_t(b[at + 1]) << 8 | std::uint32_t(b[at + 2]) << 16 |
+           std::uint32_t(b[at + 3]) << 24;
+}
+
+// Where the rows of one of the decoders' bitmaps lie; the bottom row comes first.
+struct BitmapLayout {
+    int width = 0, height = 0, bitsPerPixel = 0;
+    std::size_t pixels = 0, stride = 0;
+
+    const std::uint8_t* row(std::span<const std::uint8_t> bitmap, int fromTop) const {
+        return bitmap.data() + pixels + std::size_t(height - 1 - fromTop) * stride;
+    }
 };
 
-FreshDecode decodeFresh(const Format& format, std::span<const std::uint8_t> bytes, std::uint64_t length) {
-    auto staging = std::make_unique<Staging>();
-    staging->buildTables();
-    const Decoded d = decodeWith(format, *staging, Source{bytes, length});
-    return {d.rejected, std::vector<std::uint8_t>(d.bitmap.begin(), d.bitmap.end()), d.kind};
+std::optional<BitmapLayout> layoutOf(std::span<const std::uint8_t> bitmap) {
+    if (bitmap.size() < 54 || bitmap[0] != 'B' || bitmap[1] != 'M') return std::nullopt;
+    BitmapLayout l{std::int32_t(little32(bitmap, 18)), std::int32_t(little32(bitmap, 22)),
+                   bitmap[28] | bitmap[29] << 8, little32(bitmap, 10), 0};
+    if (l.width <= 0 || l.height <= 0 || l.width > 4096 || l.height > 4096) return std::nullopt;
+    if (l.bitsPerPixel != 1 && l.bitsPerPixel != 4 && l.bitsPerPixel != 24) return std::nullopt;
+    l.stride = (std::size_t(l.width) * std::size_t(l.bitsPerPixel) + 31) / 32 * 4;
+    if (l.bitsPerPixel < 24 && l.pixels < 54 + (std::size_t(4) << l.bitsPerPixel)) return std::nullopt;
+    if (l.pixels + l.stride * std::size_t(l.height) > bitmap.size()) return std::nullopt;
+    return l;
+}
+
+// A row of 4-bit or 1-bit pixels as one palette index a byte.
+void unpackRow(const std::uint8_t* row, int bitsPerPixel, int width, std::uint8_t* out) {
+    if (bitsPerPixel == 4) {
+        for (int x = 0; x + 1 < width; x += 2, ++row) {
+            out[x] = std::uint8_t(*row >> 4);
+            out[x + 1] = std::uint8_t(*row & 15);
+        }
+        return;
+    }
+    for (int x = 0; x < width; x += 8, ++row)
+        for (int k = 0; k < 8 && x + k < width; ++k) out[x + k] = std::uint8_t(*row >> (7 - k) & 1);
+}
+
+// The picture as the desktop shows it, every line doubled for medium resolution.
+DesktopPicture pictureOf(std::span<const std::uint8_t> bitmap, const BitmapLayout& l, int kind) {
+    DesktopPicture p;
+    const NativeSize size = desktopSizeOfKind(kind);
+    if (l.width != size.width || size.height % l.height != 0) {
+        p.error = "the decoder gave a bitmap of " + std::to_string(l.width) + " by " + std::to_string(l.height) +
+                  " pixels for kind " + std::to_string(kind);
+        return p;
+    }
+    p.ok = true;
+    p.kind = kind;
+    p.width = size.width;
+    p.height = size.height;
+    const int repeat = size.height / l.height;
+    const std::size_t width = std::size_t(p.width);
+    if (l.bitsPerPixel <= 8) {
+        for (std::size_t i = 0; i < (std::size_t(1) << l.bitsPerPixel); ++i)
+            p.palette.push_back(std::uint32_t(bitmap[56 + 4 * i]) << 16 | std::uint32_t(bitmap[55 + 4 * i]) << 8 |
+                                bitmap[54 + 4 * i]);
+        p.indices.resize(width * std::size_t(p.height));
+        for (int y = 0; y < l.height; ++y) {
+            std::uint8_t* out = p.indices.data() + std::size_t(y * repeat) * width;
+            unpackRow(l.row(bitmap, y), l.bitsPerPixel, l.width, out);
+            for (int r = 1; r < repeat; ++r) std::memcpy(out + std::size_t(r) * width, out, width);
+        }
+        return p;
+    }
+    p.pixels.resize(width * std::size_t(p.height));
+    for (int y = 0; y < l.height; ++y) {
+        const std::uint8_t* in = l.row(bitmap, y);
+        std::uint32_t* out = p.pixels.data() + std::size_t(y * repeat) * width;
+        for (std::size_t x = 0; x < width; ++x, in += 3) out[x] = std::uint32_t(in[2]) << 16 | std::uint32_t(in[1]) << 8 | in[0];
+        for (int r = 1; r < repeat; ++r) std::copy_n(out, width, out + std::size_t(r) * width);
+    }
+    return p;
+}
+
+// How many first bytes of a file its decoder reads at the most, where that
+// is known without decoding; 0 where it is not.
+std::uint64_t bytesTheDecoderReads(const Format& format, const Source& src, int kind) {
+    if (format.routine == "degas1") return 2 * std::uint64_t(format.args.values[0] + 1);  // up to its last word
+    if (format.routine == "degas2" || format.routine == "degas3") return 32034;
+    if (format.routine == "spec") return src.length;  // it takes a file of one length only
+    if (format.routine.starts_with("degasc")) return packedScreenEnd(src, kind);
+    return 0;
 }
 
 // The same decode with every byte past the end of the file set: if that
 // changes what matters of the picture, the picture needs bytes the file lacks.
+// For a plain screen that is its first row, compared in the bitmap's own
+// bytes, which tell missing bytes apart even where the palette gives two
+// indices the same colour.
 bool needsMissingBytes(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length,
-                       const FreshDecode& real, const Picture& realPicture) {
+                       const Decoded& real, const BitmapLayout& layout) {
     if (length >= kSourceLimit) return false;
-    std::vector<std::uint8_t> padded(head.begin(), head.end());
+    // A file that holds every byte its decoder reads needs no second decode to tell.
+    const std::uint64_t reads = bytesTheDecoderReads(format, Source{head, length}, real.kind);
+    if (reads != 0 && reads <= length) return false;
+    thread_local std::vector<std::uint8_t> kept, padded;
+    kept.assign(real.bitmap.begin(), real.bitmap.end());  // the next decode reuses the staging arrays
+    padded.assign(head.begin(), head.end());
     padded.resize(kSourceLimit, 0xFF);
-    const FreshDecode other = decodeFresh(format, padded, length);
-    if (other.rejected != real.rejected) return true;
-    if (!isPlainScreen(format)) return other.bitmap != real.bitmap;
-    // The first row by palette index, which tells missing bytes apart even
-    // where the palette gives two indices the same colour.
-    const Picture otherPicture = Picture::fromBitmapBytes(other.bitmap);
-    const bool indexed = realPicture.bitsPerPixel() <= 8;
-    for (int x = 0; x < realPicture.width(); ++x)
-        if (indexed ? otherPicture.paletteIndex(x, 0) != realPicture.paletteIndex(x, 0)
-                    : otherPicture.rgb(x, 0) != realPicture.rgb(x, 0))
-            return true;
-    return false;
+    const Decoded other = decodeWith(format, freshStaging(), Source{padded, length});
+    if (other.rejected) return true;
+    if (!isPlainScreen(format)) return !std::equal(kept.begin(), kept.end(), other.bitmap.begin(), other.bitmap.end());
+    const std::optional<BitmapLayout> otherLayout = layoutOf(other.bitmap);
+    if (!otherLayout || otherLayout->stride != layout.stride) return true;
+    const std::size_t rowBytes = (std::size_t(layout.width) * std::size_t(layout.bitsPerPixel) + 7) / 8;
+    return std::memcmp(layout.row(kept, 0), otherLayout->row(other.bitmap, 0), rowBytes) != 0;
+}
+
+// Milliseconds from the start to a tick, rounded to the nearest.
+long long millisecondsAt(long long tick) {
+    return (tick * 1000 + cycles::kTicksPerSecond / 2) / cycles::kTicksPerSecond;
+}
+
+// The palettes of one period of a picture whose colours cycle, each for
+// whole milliseconds: a frame lasts from its first tick's time, rounded, to
+// the next one's, so that the rounding never adds up over a period.
+std::vector<DesktopFrame> framesOf(const cycles::Animation& animation) {
+    std::vector<DesktopFrame> out;
+    if (!animation.animated()) return out;
+    long long tick = 0;
+    for (const cycles::Frame& f : animation.frames) {
+        DesktopFrame frame;
+        for (const cycles::Colour& c : f.palette)
+            frame.palette.push_back(std::uint32_t(c[2]) << 16 | std::uint32_t(c[1]) << 8 | c[0]);
+        frame.delayMs = int(millisecondsAt(tick + f.ticks) - millisecondsAt(tick));
+        tick += f.ticks;
+        out.push_back(std::move(frame));
+    }
+    return out;
 }
 
 DesktopPicture failed(std::string reason) {
@@ -98,41 +213,38 @@ NativeSize desktopSizeOfKind(int kind) {
     return kind == 2 ? NativeSize{native.width, 2 * native.height} : native;
 }
 
+std::uint32_t DesktopPicture::rgb(int x, int y) const {
+    const std::size_t at = std::size_t(y) * std::size_t(width) + std::size_t(x);
+    return paletted() ? palette[indices[at]] : pixels[at];
+}
+
+void DesktopPicture::rowRgb(int y, std::span<const std::uint32_t> colours, std::uint32_t* out) const {
+    const std::size_t at = std::size_t(y) * std::size_t(width);
+    if (!paletted()) {
+        std::copy_n(pixels.data() + at, width, out);
+        return;
+    }
+    for (int x = 0; x < width; ++x) out[x] = colours[indices[at + std::size_t(x)]];
+}
+
 DesktopPicture decodeForDesktop(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length) {
     if (length == 0) return failed("the file is empty");
     if (length > kLongestFile) return failed("the file is far longer than any Atari picture");
     head = head.first(std::min<std::size_t>(head.size(), kSourceLimit));
-    const FreshDecode real = decodeFresh(format, head, length);
+    const Source source{head, length};
+    const Decoded real = decodeWith(format, freshStaging(), source);
     if (real.rejected) return failed("not a valid " + std::string(format.description) + " file");
-    if (std::string why = headerProblem(format, Source{head, length}); !why.empty())
+    if (std::string why = headerProblem(format, source); !why.empty())
         return failed("not a valid " + std::string(format.description) + " file: " + why);
-    Picture picture;
-    try {
-        picture = Picture::fromBitmapBytes(real.bitmap);
-    } catch (const std::invalid_argument& e) {
-        return failed(std::string("the decoder gave no bitmap: ") + e.what());
-    }
-    if (needsMissingBytes(format, head, length, real, picture))
+    const std::optional<BitmapLayout> layout = layoutOf(real.bitmap);
+    if (!layout) return failed("the decoder gave no bitmap");
+    DesktopPicture picture = pictureOf(real.bitmap, *layout, real.kind);
+    if (!picture.ok) return picture;
+    picture.frames = framesOf(cycles::animationOf(format, source, real));
+    if (needsMissingBytes(format, head, length, real, *layout))
         return failed(isPlainScreen(format) ? "the file ends before the first row of the picture"
                                             : "the file ends before the picture does");
-
-    DesktopPicture p;
-    p.ok = true;
-    p.kind = real.kind;
-    const NativeSize size = desktopSizeOfKind(real.kind);
-    p.width = size.width;
-    p.height = size.height;
-    const std::vector<std::uint32_t> rows = picture.toRgb();
-    const int repeat = size.height / picture.height();  // 2 for medium resolution
-    p.pixels.reserve(std::size_t(size.width) * std::size_t(size.height));
-    for (int y = 0; y < picture.height(); ++y)
-        for (int r = 0; r < repeat; ++r)
-            p.pixels.insert(p.pixels.end(), rows.begin() + std::ptrdiff_t(y) * picture.width(),
-                            rows.begin() + std::ptrdiff_t(y + 1) * picture.width());
-    if (picture.width() != size.width || int(p.pixels.size()) != size.width * size.height)
-        return failed("the decoder gave a bitmap of " + std::to_string(picture.width()) + " by " +
-                      std::to_string(picture.height()) + " pixels for kind " + std::to_string(real.kind));
-    return p;
+    return picture;
 }
 
 }  // namespace velmoric::desktop

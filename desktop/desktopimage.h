@@ -34,18 +34,41 @@ private:
     std::uint64_t length_ = 0;
 };
 
+// One palette of a picture whose colours cycle, and how long it shows.
+struct DesktopFrame {
+    std::vector<std::uint32_t> palette;  // 0xRRGGBB, as many entries as the picture's palette
+    int delayMs = 0;
+};
+
 struct DesktopPicture {
     bool ok = false;
     std::string error;  // why not, when !ok
     int kind = 0;
     int width = 0, height = 0;
-    std::vector<std::uint32_t> pixels;  // 0xRRGGBB, top row first, width * height
+    // A picture with a palette (every kind but the 24-bit one): one palette
+    // index a pixel, top row first, width * height, and the palette as
+    // 0xRRGGBB (16 entries, or 2 for a mono picture).
+    std::vector<std::uint8_t> indices;
+    std::vector<std::uint32_t> palette;
+    // A picture without one: 0xRRGGBB a pixel, top row first, width * height.
+    std::vector<std::uint32_t> pixels;
+    // When the picture's colours cycle, the palettes of one period in order,
+    // the first being `palette`; empty when they do not.
+    std::vector<DesktopFrame> frames;
+
+    bool paletted() const { return !palette.empty(); }
+    bool animated() const { return !frames.empty(); }
+    // The colour of a pixel as 0xRRGGBB, with the picture's own palette.
+    std::uint32_t rgb(int x, int y) const;
+    // Row y as 0xRRGGBB, a paletted picture's indices through `colours`.
+    void rowRgb(int y, std::span<const std::uint32_t> colours, std::uint32_t* out) const;
 };
 
 // The picture as the viewer's free mode shows it: a medium-resolution
 // picture (640 by 200) with every line doubled to 640 by 400, so that its
 // proportions are right; every other kind at its native size. The pixels are
-// those of the converter's bitmap. Broken files fail with a reason: an empty
+// those of the converter's bitmap, and a picture whose colours cycle has the
+// palettes of its frames. Broken files fail with a reason: an empty
 // file, one the decoder rejects, and one whose picture needs bytes the file
 // does not have (a packed picture cut short, or a plain one that ends before
 // its first row; a plain picture that ends later shows what it has, as in the

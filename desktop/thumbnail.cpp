@@ -16,7 +16,7 @@ RgbaImage enlarged(const DesktopPicture& p, int factor) {
     out.pixels.reserve(std::size_t(out.width) * std::size_t(out.height));
     for (int y = 0; y < out.height; ++y)
         for (int x = 0; x < out.width; ++x)
-            out.pixels.push_back(0xFF000000u | p.pixels[std::size_t(y / factor) * std::size_t(p.width) + std::size_t(x / factor)]);
+            out.pixels.push_back(0xFF000000u | p.rgb(x / factor, y / factor));
     return out;
 }
 
@@ -30,7 +30,7 @@ RgbaImage shrunk(const DesktopPicture& p, int width, int height) {
             std::uint32_t r = 0, g = 0, b = 0;
             for (int sy = y0; sy < y1; ++sy)
                 for (int sx = x0; sx < x1; ++sx) {
-                    const std::uint32_t c = p.pixels[std::size_t(sy) * std::size_t(p.width) + std::size_t(sx)];
+                    const std::uint32_t c = p.rgb(sx, sy);
                     r += c >> 16 & 0xFF, g += c >> 8 & 0xFF, b += c & 0xFF;
                 }
             const std::uint32_t n = std::uint32_t((y1 - y0) * (x1 - x0));

@@ -1,10 +1,13 @@
 #include "plugins/gdkpixbuf/loader.h"
 
+#include <cstdio>
 #include <memory>
 #include <new>
 #include <string>
+#include <vector>
 
 #include "desktop/desktopimage.h"
+#include "plugins/gdkpixbuf/animation.h"
 
 namespace velmoric::pixbuf {
 namespace {
@@ -22,28 +25,62 @@ void setError(GError** error, GdkPixbufError code, const std::string& text) {
     g_set_error_literal(error, GDK_PIXBUF_ERROR, code, text.c_str());
 }
 
-GdkPixbuf* pixbufOf(const desktop::DesktopPicture& p) {
-    GdkPixbuf* pixbuf = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, p.width, p.height);
-    if (!pixbuf) return nullptr;
-    guchar* pixels = gdk_pixbuf_get_pixels(pixbuf);
-    const std::size_t stride = std::size_t(gdk_pixbuf_get_rowstride(pixbuf));
-    for (int y = 0; y < p.height; ++y) {
-        guchar* out = pixels + std::size_t(y) * stride;
-        for (int x = 0; x < p.width; ++x) {
-            const std::uint32_t c = p.pixels[std::size_t(y) * std::size_t(p.width) + std::size_t(x)];
-            *out++ = guchar(c >> 16);
-            *out++ = guchar(c >> 8);
-            *out++ = guchar(c);
-        }
+// The table's signatures as GdkPixbuf matches them: the bytes from the
+// start of the file, with a mask that passes over the bytes before the
+// signature ('x') and asks zero bytes, which a C string cannot hold, to be
+// zero ('z'). A signature that an earlier row of the table shares ranks
+// lower, so that the first row wins when the contents alone decide, as in
+// the Qt plugin.
+struct Patterns {
+    std::vector<std::string> prefixes, masks;
+    std::vector<GdkPixbufModulePattern> list;
+};
+
+bool earlierRowHas(const Format& format, const Signature& sig) {
+    for (const Format& f : formatTable()) {
+        if (&f == &format) return false;
+        for (const Signature& other : f.signatures)
+            if (other.offset == sig.offset && other.bytes == sig.bytes) return true;
     }
-    return pixbuf;
+    return false;
+}
+
+void makePatterns(const Format& format, Patterns& out) {
+    out = Patterns{};
+    for (const Signature& sig : format.signatures) {
+        std::string prefix(sig.offset, 'x'), mask(sig.offset, 'x');
+        for (const char c : sig.bytes) {
+            prefix += c == 0 ? 'z' : c;
+            mask += c == 0 ? 'z' : ' ';
+        }
+        out.prefixes.push_back(prefix);
+        out.masks.push_back(mask);
+    }
+    for (std::size_t i = 0; i < out.prefixes.size(); ++i)
+        out.list.push_back({out.prefixes[i].data(), out.masks[i].data(),
+                            earlierRowHas(format, format.signatures[i]) ? 50 : 100});
+    out.list.push_back({nullptr, nullptr, 0});
+}
+
+// The picture of the bytes gathered, or false with the reason in `error`.
+bool decode(const Format& format, const desktop::SourceBytes& source, desktop::DesktopPicture& picture,
+            GError** error) {
+    try {
+        picture = desktop::decodeForDesktop(format, source.head(), source.length());
+    } catch (const std::exception& e) {
+        setError(error, GDK_PIXBUF_ERROR_FAILED, e.what());
+        return false;
+    }
+    if (picture.ok) return true;
+    setError(error, GDK_PIXBUF_ERROR_CORRUPT_IMAGE, typeComment(format) + ": " + picture.error);
+    return false;
 }
 
 }  // namespace
 
 void fillInfo(GdkPixbufFormat* info, const char* key) {
     // GdkPixbuf keeps these for the life of the module, which holds one row.
-    static GdkPixbufModulePattern noSignature[] = {{nullptr, nullptr, 0}};
+    static Patterns patterns;
     static std::string name, description;
     static gchar* mimeTypes[2] = {};
     static gchar* extensions[2] = {};
@@ -55,7 +92,8 @@ void fillInfo(GdkPixbufFormat* info, const char* key) {
     mimeTypes[0] = const_cast<gchar*>(format->mimeType.data());
     extensions[0] = const_cast<gchar*>(format->lower.data());
     info->name = name.data();
-    info->signature = noSignature;
+    makePatterns(*format, patterns);
+    info->signature = patterns.list.data();
     info->description = description.data();
     info->mime_types = mimeTypes;
     info->extensions = extensions;
@@ -98,30 +136,59 @@ gboolean stopLoad(gpointer context, GError** error) {
         return FALSE;
     }
     desktop::DesktopPicture picture;
-    try {
-        picture = desktop::decodeForDesktop(*load->format, load->source.head(), load->source.length());
-    } catch (const std::exception& e) {
-        setError(error, GDK_PIXBUF_ERROR_FAILED, e.what());
-        return FALSE;
-    }
-    if (!picture.ok) {
-        setError(error, GDK_PIXBUF_ERROR_CORRUPT_IMAGE, typeComment(*load->format) + ": " + picture.error);
-        return FALSE;
-    }
+    if (!decode(*load->format, load->source, picture, error)) return FALSE;
     int width = picture.width, height = picture.height;
     if (load->sizeFunc) {
         load->sizeFunc(&width, &height, load->userData);
         if (width == 0 || height == 0) return TRUE;  // the caller wanted the size alone
     }
-    GdkPixbuf* pixbuf = pixbufOf(picture);
+    GdkPixbuf* pixbuf = pixbufOf(picture, picture.palette);
     if (!pixbuf) {
         setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory for the picture");
         return FALSE;
     }
-    if (load->preparedFunc) load->preparedFunc(pixbuf, nullptr, load->userData);
-    if (load->updatedFunc) load->updatedFunc(pixbuf, 0, 0, picture.width, picture.height, load->userData);
+    const int shownWidth = picture.width, shownHeight = picture.height;
+    // A picture whose colours cycle comes as an animation too, for the
+    // programs that play one; the still picture is its first frame.
+    GdkPixbufAnimation* animation =
+        picture.animated() ? newAnimation(load->format->lower.data(), std::move(picture), pixbuf) : nullptr;
+    if (load->preparedFunc) load->preparedFunc(pixbuf, animation, load->userData);
+    if (load->updatedFunc) load->updatedFunc(pixbuf, 0, 0, shownWidth, shownHeight, load->userData);
+    if (animation) g_object_unref(animation);
     g_object_unref(pixbuf);
     return TRUE;
+}
+
+GdkPixbufAnimation* loadAnimation(const char* key, FILE* file, GError** error) {
+    const Format* format = desktop::formatForKey(key);
+    desktop::SourceBytes source;
+    desktop::DesktopPicture picture;
+    try {
+        guchar buffer[16384];
+        for (std::size_t n; source.length() <= desktop::kLongestFile && (n = std::fread(buffer, 1, sizeof buffer, file)) > 0;)
+            source.append({buffer, n});
+    } catch (const std::bad_alloc&) {
+        setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory to load the picture");
+        return nullptr;
+    }
+    if (!format) {
+        setError(error, GDK_PIXBUF_ERROR_UNKNOWN_TYPE, std::string("no Atari picture format '") + key + "'");
+        return nullptr;
+    }
+    if (std::ferror(file)) {
+        setError(error, GDK_PIXBUF_ERROR_FAILED, "the file cannot be read");
+        return nullptr;
+    }
+    if (!decode(*format, source, picture, error)) return nullptr;
+    GdkPixbuf* still = pixbufOf(picture, picture.palette);
+    if (!still) {
+        setError(error, GDK_PIXBUF_ERROR_INSUFFICIENT_MEMORY, "not enough memory for the picture");
+        return nullptr;
+    }
+    GdkPixbufAnimation* animation = picture.animated() ? newAnimation(key, std::move(picture), still)
+                                                       : gdk_pixbuf_non_anim_new(still);
+    g_object_unref(still);
+    return animation;
 }
 
 }  // namespace velmoric::pixbuf

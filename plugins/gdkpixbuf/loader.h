@@ -7,10 +7,12 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #undef GDK_PIXBUF_ENABLE_BACKEND
 
+#include <cstdio>
+
 namespace velmoric::pixbuf {
 
 // What fill_info gives for the row of `key`: its type, its extension, its
-// description; no signature, since the contents never decide.
+// description, and the signatures of its files, where they have any.
 void fillInfo(GdkPixbufFormat* info, const char* key);
 
 // The incremental load: bytes are gathered until the end, then decoded.
@@ -18,5 +20,8 @@ gpointer beginLoad(const char* key, GdkPixbufModuleSizeFunc sizeFunc, GdkPixbufM
                    GdkPixbufModuleUpdatedFunc updatedFunc, gpointer userData, GError** error);
 gboolean loadIncrement(gpointer context, const guchar* buffer, guint size, GError** error);
 gboolean stopLoad(gpointer context, GError** error);
+// The whole file at once, for gdk_pixbuf_animation_new_from_file: an
+// animation for a picture whose colours cycle, else the still picture.
+GdkPixbufAnimation* loadAnimation(const char* key, FILE* file, GError** error);
 
 }  // namespace velmoric::pixbuf

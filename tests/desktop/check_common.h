@@ -7,6 +7,10 @@
 #include <string>
 #include <vector>
 
+#include <iterator>
+#include <memory>
+
+#include "cycles/cycles.h"
 #include "formats/formats.h"
 
 namespace vcheck {
@@ -35,6 +39,41 @@ inline int failures = 0;
 inline void fail(const std::string& file, const std::string& what) {
     ++failures;
     std::cerr << file << ": " << what << "\n";
+}
+
+inline std::vector<std::uint8_t> bytesOf(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::vector<std::uint8_t>(std::istreambuf_iterator<char>(in), {});
+}
+
+// What the core makes of a picture: the converter's bitmap and the
+// palettes its colours cycle through.
+struct Expected {
+    std::vector<std::uint8_t> bitmap;
+    velmoric::cycles::Animation animation;
+};
+inline Expected expectedOf(const std::string& path) {
+    static const auto staging = [] {
+        auto s = std::make_unique<velmoric::Staging>();
+        s->buildTables();
+        return s;
+    }();
+    staging->resetToFresh();
+    const auto bytes = bytesOf(path);
+    const velmoric::Source src{std::span(bytes).first(std::min(bytes.size(), velmoric::kSourceLimit)), bytes.size()};
+    const velmoric::Format& format = *rowOf(path);
+    const velmoric::Decoded d = velmoric::decodeWith(format, *staging, src);
+    return {{d.bitmap.begin(), d.bitmap.end()}, velmoric::cycles::animationOf(format, src, d)};
+}
+
+// How long each frame shows in whole milliseconds: each ends at its last
+// tick's time, rounded, so that a period lasts as long as its ticks.
+inline std::vector<int> delaysMs(const velmoric::cycles::Animation& a) {
+    std::vector<int> out;
+    long long ticks = 0;
+    const auto ms = [](long long t) { return (t * 1000 + 30) / 60; };
+    for (const auto& f : a.frames) out.push_back(int(ms(ticks + f.ticks) - ms(ticks))), ticks += f.ticks;
+    return out;
 }
 
 }  // namespace vcheck

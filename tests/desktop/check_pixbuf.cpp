@@ -2,7 +2,9 @@
 // GDK_PIXBUF_MODULE_FILE. A loader made for each picture's type, as Eye of
 // GNOME makes one, and gdk_pixbuf_new_from_file read it through the installed
 // module with the pixels of the converter's bitmap (lines doubled for medium
-// resolution); every broken file fails both ways with an error.
+// resolution); every broken file fails both ways with an error. A picture
+// whose colours cycle loads as an animation, both ways, whose frames are the
+// converter's bitmap with the core's palettes, with their delays, looping.
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <gio/gio.h>
 
@@ -56,12 +58,68 @@ bool samePixels(GdkPixbuf* image, GdkPixbuf* bitmap) {
     return true;
 }
 
+// A bitmap file in memory, read by GdkPixbuf's own loader.
+Pixbuf bitmapPixbuf(const std::vector<std::uint8_t>& bitmap) {
+    GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_mime_type("image/bmp", nullptr);
+    GdkPixbuf* p = nullptr;
+    if (loader && gdk_pixbuf_loader_write(loader, bitmap.data(), bitmap.size(), nullptr) &&
+        gdk_pixbuf_loader_close(loader, nullptr) && gdk_pixbuf_loader_get_pixbuf(loader))
+        p = GDK_PIXBUF(g_object_ref(gdk_pixbuf_loader_get_pixbuf(loader)));
+    if (loader) g_object_unref(loader);
+    return Pixbuf(p, g_object_unref);
+}
+
+// gdk_pixbuf_animation_new_from_file against the core: a still picture is
+// static; the frames of one that cycles are its bitmap with each palette of
+// the period in turn, each for its delay, and then the first again.
+G_GNUC_BEGIN_IGNORE_DEPRECATIONS
+void checkAnimation(const std::string& picture, const vcheck::Expected& expected) {
+    GdkPixbufAnimation* animation = gdk_pixbuf_animation_new_from_file(picture.c_str(), nullptr);
+    if (!animation) return fail(picture, "no animation");
+    const auto& frames = expected.animation.frames;
+    if (!expected.animation.animated()) {
+        if (!gdk_pixbuf_animation_is_static_image(animation)) fail(picture, "a still picture as an animation");
+        return g_object_unref(animation);
+    }
+    const std::vector<int> delays = vcheck::delaysMs(expected.animation);
+    GTimeVal time{1000, 0};
+    GdkPixbufAnimationIter* iter = gdk_pixbuf_animation_get_iter(animation, &time);
+    for (std::size_t i = 0; i <= frames.size(); ++i) {
+        const std::size_t want = i % frames.size();
+        auto bitmap = expected.bitmap;
+        velmoric::cycles::putPalette(bitmap, frames[want].palette);
+        const Pixbuf reference = bitmapPixbuf(bitmap);
+        if (gdk_pixbuf_animation_is_static_image(animation) || !reference ||
+            !samePixels(gdk_pixbuf_animation_iter_get_pixbuf(iter), reference.get()) ||
+            gdk_pixbuf_animation_iter_get_delay_time(iter) != delays[want])
+            fail(picture, "frame " + std::to_string(i) + " is not the bitmap with the core's palette for its time");
+        g_time_val_add(&time, delays[want] * 1000L);
+        if (!gdk_pixbuf_animation_iter_advance(iter, &time)) fail(picture, "the frame did not change in time");
+    }
+    g_object_unref(iter);
+    g_object_unref(animation);
+}
+G_GNUC_END_IGNORE_DEPRECATIONS
+
+// A loader made for the type, as Eye of GNOME makes one, gives an animation
+// where the colours cycle.
+bool loaderAnimates(const std::string& picture, const char* type) {
+    GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_mime_type(type, nullptr);
+    const auto bytes = bytesOf(picture);
+    bool animates = false;
+    if (loader && gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(bytes.data()), bytes.size(), nullptr) &&
+        gdk_pixbuf_loader_close(loader, nullptr) && gdk_pixbuf_loader_get_animation(loader))
+        animates = !gdk_pixbuf_animation_is_static_image(gdk_pixbuf_loader_get_animation(loader));
+    if (loader) g_object_unref(loader);
+    return animates;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
     const auto pictures = vcheck::readList(argv[1]), broken = vcheck::readList(argv[2]);
-    std::size_t sniffed = 0;
+    std::size_t sniffed = 0, animated = 0;
     for (const auto& [picture, bitmap] : pictures) {
         const char* type = vcheck::rowOf(picture)->mimeType.data();
         // gdk_pixbuf_new_from_file takes the type the first bytes give, and
@@ -82,6 +140,12 @@ int main(int argc, char** argv) {
             if (!image || !reference || !samePixels(image.get(), reference.get()))
                 fail(picture, std::string(how ? "by type: " : "by name: ") + (image ? "other pixels" : error));
         }
+        if (!uncertain) continue;  // typed otherwise by name too
+        const vcheck::Expected expected = vcheck::expectedOf(picture);
+        animated += expected.animation.animated();
+        checkAnimation(picture, expected);
+        if (loaderAnimates(picture, type) != expected.animation.animated())
+            fail(picture, "a loader for its type does not animate it as the core does");
     }
     for (const auto& [file, unused] : broken)
         for (const char* how : {vcheck::rowOf(file)->mimeType.data(), static_cast<const char*>(nullptr)}) {
@@ -89,7 +153,8 @@ int main(int argc, char** argv) {
             if (read(file, how, error) || error.empty()) fail(file, "read, or refused without an error");
         }
     if (sniffed * 20 > pictures.size()) fail(argv[1], "more pictures typed by their first bytes than the odd one");
-    std::cout << "GdkPixbuf: " << pictures.size() << " pictures (" << sniffed << " typed by their first bytes), "
+    std::cout << "GdkPixbuf: " << pictures.size() << " pictures (" << sniffed << " typed by their first bytes, "
+              << animated << " animated), "
               << broken.size() << " broken files, " << vcheck::failures << " failures\n";
     return vcheck::failures == 0 ? 0 : 1;
 }

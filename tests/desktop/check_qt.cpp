@@ -3,20 +3,104 @@
 // the environment names each picture's type; QImageReader reads it with the
 // pixels of the converter's bitmap (lines doubled for medium resolution),
 // refuses every broken file with an error, and honours the allocation limit.
-#include <QCoreApplication>
+// A picture whose format has a signature reads by its first bytes alone, from
+// a file without extension and from memory. A picture whose colours cycle is
+// an animation whose frames carry the core's palettes over the same pixels,
+// with their delays, and QMovie plays it; any other stays one still image.
+#include <QBuffer>
+#include <QGuiApplication>
+#include <QLibraryInfo>
+#include <QFile>
 #include <QImage>
 #include <QImageReader>
 #include <QMimeDatabase>
+#include <QMovie>
+#include <QTemporaryDir>
+
+#include <cstring>
 
 #include "check_common.h"
 
 using vcheck::fail;
 
+namespace {
+
+QImage rgb(const QImage& i) { return i.convertToFormat(QImage::Format_RGB32); }
+
+// Read by the first bytes alone: from a copy without extension and from memory.
+bool readsByContent(const std::string& picture, const QImage& byName, const QTemporaryDir& dir) {
+    const QString copy = dir.filePath(QStringLiteral("picture"));
+    QFile::remove(copy);
+    if (!QFile::copy(QString::fromStdString(picture), copy)) return false;
+    QFile file(QString::fromStdString(picture));
+    if (!file.open(QIODevice::ReadOnly)) return false;
+    QBuffer memory;
+    memory.setData(file.readAll());
+    memory.open(QIODevice::ReadOnly);
+    return rgb(QImageReader(copy).read()) == rgb(byName) && rgb(QImageReader(&memory).read()) == rgb(byName);
+}
+
+QVector<QRgb> colourTable(const velmoric::cycles::Palette& palette) {
+    QVector<QRgb> table;
+    for (const auto& c : palette) table.append(qRgb(c[2], c[1], c[0]));
+    return table;
+}
+
+bool samePixels(const QImage& a, const QImage& b) {
+    if (a.size() != b.size() || a.format() != b.format()) return false;
+    for (int y = 0; y < a.height(); ++y)
+        if (std::memcmp(a.constScanLine(y), b.constScanLine(y), std::size_t(a.bytesPerLine())) != 0) return false;
+    return true;
+}
+
+// The frames, in order, against the core's palettes and delays; then QMovie.
+void checkAnimation(const std::string& picture, const velmoric::cycles::Animation& expected) {
+    const QString name = QString::fromStdString(picture);
+    QImageReader reader(name);
+    const int count = int(expected.frames.size());
+    if (!expected.animated()) {
+        if (reader.supportsAnimation() || reader.imageCount() != 1) fail(picture, "a still picture read as an animation");
+        return;
+    }
+    if (!reader.supportsAnimation() || reader.imageCount() != count || reader.loopCount() != -1)
+        fail(picture, "not an animation of " + std::to_string(count) + " frames looping for ever");
+    const std::vector<int> delays = vcheck::delaysMs(expected);
+    std::vector<QImage> frames;
+    for (int i = 0; i < count; ++i) {
+        const QImage frame = reader.read();
+        frames.push_back(frame);
+        if (frame.format() != QImage::Format_Indexed8 || !samePixels(frame, frames.front()) ||
+            frame.colorTable() != colourTable(expected.frames[std::size_t(i)].palette) ||
+            reader.nextImageDelay() != delays[std::size_t(i)])
+            fail(picture, "frame " + std::to_string(i) + " is not the core's palette over the same pixels for its time");
+    }
+    if (reader.canRead()) fail(picture, "a frame beyond the period");
+    QMovie movie(name);
+    if (movie.frameCount() != count) fail(picture, "QMovie counts " + std::to_string(movie.frameCount()) + " frames");
+    for (int i = 0; i < count + 1; ++i) {
+        const int want = i % count;  // and round again
+        if (!movie.jumpToNextFrame() || rgb(movie.currentImage()) != rgb(frames[std::size_t(want)]) ||
+            movie.nextFrameDelay() != delays[std::size_t(want)])
+            fail(picture, "QMovie's frame " + std::to_string(i) + " is not the core's");
+    }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     if (argc != 4) return 2;
+    // QMovie wants a GUI application, whose platform plugin lies among Qt's own.
+#if QT_VERSION >= QT_VERSION_CHECK(6, 0, 0)
+    const QString qtPlugins = QLibraryInfo::path(QLibraryInfo::PluginsPath);
+#else
+    const QString qtPlugins = QLibraryInfo::location(QLibraryInfo::PluginsPath);
+#endif
+    qputenv("QT_QPA_PLATFORM_PLUGIN_PATH", (qtPlugins + "/platforms").toLocal8Bit());
     QCoreApplication::setLibraryPaths({QString::fromLocal8Bit(argv[1])});
-    QCoreApplication app(argc, argv);
+    QGuiApplication app(argc, argv);
     const auto pictures = vcheck::readList(argv[2]), broken = vcheck::readList(argv[3]);
+    QTemporaryDir dir;
+    std::size_t byContent = 0, animated = 0;
     for (const velmoric::Format& f : velmoric::formatTable())
         if (!QImageReader::supportedMimeTypes().contains(QByteArray(f.mimeType.data(), int(f.mimeType.size()))) ||
             !QImageReader::supportedImageFormats().contains(QByteArray(f.lower.data(), int(f.lower.size()))))
@@ -28,9 +112,20 @@ int main(int argc, char** argv) {
         const QImage image = reader.read(), reference(QString::fromStdString(bitmap), "BMP");
         // Medium resolution (640 by 200) with every line doubled.
         const QSize size(reference.width(), reference.size() == QSize(640, 200) ? 400 : reference.height());
-        const auto rgb = [](const QImage& i) { return i.convertToFormat(QImage::Format_RGB32); };
         if (image.size() != size || rgb(image) != rgb(reference.scaled(size)))
             fail(picture, image.isNull() ? reader.errorString().toStdString() : "pixels other than the converter's");
+        const auto head = vcheck::bytesOf(picture);
+        if (velmoric::findFormatByContent(std::span(head).first(std::min(head.size(), velmoric::signatureExtent()))) ==
+            vcheck::rowOf(picture)) {
+            ++byContent;
+            if (!readsByContent(picture, image, dir)) fail(picture, "not read by its first bytes");
+        }
+        const vcheck::Expected expected = vcheck::expectedOf(picture);
+        if (expected.animation.animated()) {
+            ++animated;
+            std::cout << "colours cycle: " << picture << ", " << expected.animation.frames.size() << " frames\n";
+        }
+        checkAnimation(picture, expected.animation);
     }
     for (const auto& [file, unused] : broken) {
         QImageReader reader(QString::fromStdString(file));
@@ -42,7 +137,8 @@ int main(int argc, char** argv) {
         if (QImageReader(QString::fromStdString(picture)).read().isNull() != (vcheck::rowOf(picture)->kind == 4))
             fail(picture, "the allocation limit of a megabyte was not kept to");
 #endif
-    std::cout << "Qt " << QT_VERSION_MAJOR << ": " << pictures.size() << " pictures, " << broken.size()
+    std::cout << "Qt " << QT_VERSION_MAJOR << ": " << pictures.size() << " pictures (" << byContent
+              << " also by their first bytes, " << animated << " animated), " << broken.size()
               << " broken files, " << vcheck::failures << " failures\n";
     return vcheck::failures == 0 ? 0 : 1;
 }
