@@ -43,7 +43,8 @@ TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean)
         {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720},
     };
     for (const auto& c : cases) {
-        desktop::DesktopPicture p{.width = c.width, .height = c.height};
+        desktop::DesktopPicture p;
+        p.width = c.width, p.height = c.height;
         for (int y = 0; y < c.height; ++y)  // a chequer board of single pixels
             for (int x = 0; x < c.width; ++x) p.pixels.push_back((x + y) % 2 ? 0xFFFFFF : std::uint32_t(x * 7 + y));
         const auto t = desktop::thumbnailOf(p, c.size);
