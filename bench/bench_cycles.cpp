@@ -5,8 +5,6 @@
 // Playing must cost under 2 % of a core more than standing still.
 // Usage: velmoric_bench_cycles [PICTURE] [seconds]; the default picture is
 // LOGO.PC1 of the shared corpus. Exit status 1 when the bar is missed.
-#include <unistd.h>
-
 #include <QApplication>
 #include <QEventLoop>
 #include <QTimer>
@@ -17,30 +15,14 @@
 #include <string>
 
 #include "platform/qt/form1.h"
+#include "window_bench.h"
 
 using namespace velmoric;
 using namespace velmoric::qt;
-namespace fs = std::filesystem;
 
 namespace {
 
-class BenchPlatform : public QtPlatform {
-public:
-    BenchPlatform() : QtPlatform({}) {}
-    int boxes = 0;
-    Answer messageBox(const std::string& text, const std::string&, Buttons buttons, Icon) override {
-        ++boxes;
-        std::fprintf(stderr, "box: %s\n", text.c_str());
-        return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
-    }
-    bool extensionRegistered(const std::string&) override { return true; }  // no first-run question
-};
-
-double processSeconds() {
-    timespec t{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
-}
+using bench::processSeconds;
 
 double monotonicSeconds() {
     timespec t{};
@@ -62,18 +44,12 @@ double shareWhileRunning(double seconds) {
 int main(int argc, char** argv) {
     const std::string picture = argc > 1 ? argv[1] : std::string(VELMORIC_CORPUS_DIR) + "/pc1/LOGO.PC1";
     const double seconds = argc > 2 ? std::max(1.0, std::atof(argv[2])) : 5.0;
-    const fs::path root = fs::temp_directory_path() / ("velmoric-bench-cycles-" + std::to_string(getpid()));
-    fs::create_directories(root / "config");
-    fs::create_directories(root / "runtime");
-    fs::permissions(root / "runtime", fs::perms::owner_all);
-    setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
-    setenv("XDG_RUNTIME_DIR", (root / "runtime").c_str(), 1);
-    if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const bench::BenchFolders folders("velmoric-bench-cycles");
     int qtArgc = 1;
     QApplication app(qtArgc, argv);
     int status = 0;
     {
-        BenchPlatform platform;
+        bench::BenchPlatform platform;
         Form1 form(platform);
         form.load();
         form.timer1()->stop();
@@ -96,7 +72,5 @@ int main(int argc, char** argv) {
             if (playing - still >= 2 || platform.boxes) status = 1;
         }
     }
-    std::error_code ec;
-    fs::remove_all(root, ec);
     return status;
 }

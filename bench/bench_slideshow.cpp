@@ -20,6 +20,7 @@
 
 #include "platform/folders.h"
 #include "platform/qt/form1.h"
+#include "window_bench.h"
 
 using namespace velmoric;
 using namespace velmoric::qt;
@@ -27,30 +28,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The real window, with its dialogs answered: no question at start-up, and
-// Form3 answered by the folder of the bench and "Start".
-class BenchPlatform : public QtPlatform {
+using bench::processSeconds;
+
+// The real window, with Form3 answered by the folder of the bench and "Start".
+class BenchPlatform : public bench::BenchPlatform {
 public:
-    BenchPlatform() : QtPlatform({}) {}
     std::string folder;
-    int boxes = 0;
-    Answer messageBox(const std::string& text, const std::string&, Buttons buttons, Icon) override {
-        ++boxes;
-        std::fprintf(stderr, "box: %s\n", text.c_str());
-        return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
-    }
-    bool extensionRegistered(const std::string&) override { return true; }  // no first-run question
     void runSlideDialog(std::int16_t& slideshowFlag) override {
         files::changeFolder(folder);
         slideshowFlag = 0;
     }
 };
-
-double processSeconds() {
-    timespec t{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &t);
-    return double(t.tv_sec) + double(t.tv_nsec) * 1e-9;
-}
 
 // A folder of `count` Neochrome pictures of random pixels.
 std::string pictureFolder(const fs::path& root, int count) {
@@ -85,13 +73,8 @@ Run runShow(Form1& form, BenchPlatform& platform, const std::string& folder, int
 
 int main(int argc, char** argv) {
     const int runs = argc > 1 ? std::max(1, std::atoi(argv[1])) : 3;
-    const fs::path root = fs::temp_directory_path() / ("velmoric-bench-slideshow-" + std::to_string(getpid()));
-    fs::create_directories(root / "config");
-    fs::create_directories(root / "runtime");
-    fs::permissions(root / "runtime", fs::perms::owner_all);
-    setenv("XDG_CONFIG_HOME", (root / "config").c_str(), 1);
-    setenv("XDG_RUNTIME_DIR", (root / "runtime").c_str(), 1);
-    if (!std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    const bench::BenchFolders folders("velmoric-bench-slideshow");
+    const fs::path& root = folders.root();
     int qtArgc = 1;
     QApplication app(qtArgc, argv);
     int status = 0;
@@ -131,9 +114,6 @@ int main(int argc, char** argv) {
         if (share >= 2) status = 1;
         if (platform.boxes) status = 1;
     }
-    std::error_code ec;
-    fs::current_path(fs::temp_directory_path(), ec);
-    fs::remove_all(root, ec);
     std::printf(status ? "a bar is missed\n" : "both bars are met\n");
     return status;
 }
