@@ -47,10 +47,16 @@ struct PrintDialogSettings {
 };
 
 // The file association: which types the viewer opens and how it is started.
+// Bytes that every file of a type holds at a fixed place.
+struct ContentMatch {
+    std::uint32_t offset;
+    std::string bytes;
+};
 struct AssociationType {
     std::string extension;  // small letters, without dot: "neo"
     std::string mimeType;   // "image/x-neochrome"
     std::string comment;    // what the desktop calls a file of the type: "Neochrome picture"
+    std::vector<ContentMatch> matches;  // any one tells the type by content; empty when only the name does
 };
 struct Association {
     std::string className;  // "velmoric"
