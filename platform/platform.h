@@ -46,12 +46,12 @@ struct PrintDialogSettings {
     int orientation = 1;  // 1 portrait, 2 landscape
 };
 
-// The file association: which types the viewer opens and how it is started.
 // Bytes that every file of a type holds at a fixed place.
 struct ContentMatch {
     std::uint32_t offset;
     std::string bytes;
 };
+// The file association: which types the viewer opens and how it is started.
 struct AssociationType {
     std::string extension;  // small letters, without dot: "neo"
     std::string mimeType;   // "image/x-neochrome"

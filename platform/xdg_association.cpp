@@ -45,8 +45,8 @@ constexpr int kGlobWeightWithContent = 40;
 constexpr int kGlobWeightByName = 50;
 // shared-mime-info's default priority for a content match; a type whose
 // signature an earlier type has too (Spectrum smooshed after compressed)
-// takes a lower one, so that a file without a name goes to the earlier type,
-// as the viewer's own look at the bytes decides.
+// takes a lower one, so that a file without an extension goes to the earlier
+// type, as findFormatByContent takes the first row that matches.
 constexpr int kMagicPriority = 50;
 constexpr int kSharedMagicPriority = 45;
 
