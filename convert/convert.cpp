@@ -370,8 +370,9 @@ std::optional<ConvertOptions> parseConvertArgs(const std::vector<std::string>& a
                 err += "velmoric-convert: unknown output format '" + *v + "' (bmp, png or gif)\n";
                 return std::nullopt;
             }
-        } else if (a == "-j") {
-            auto v = value("a number");
+        } else if (a.starts_with("-j")) {
+            // "-j4" as well as "-j 4", as make and xargs take it.
+            auto v = a.size() > 2 ? std::optional<std::string>(a.substr(2)) : value("a number");
             if (!v) return std::nullopt;
             char* end = nullptr;
             const long n = std::strtol(v->c_str(), &end, 10);

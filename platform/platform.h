@@ -46,11 +46,17 @@ struct PrintDialogSettings {
     int orientation = 1;  // 1 portrait, 2 landscape
 };
 
+// Bytes that every file of a type holds at a fixed place.
+struct ContentMatch {
+    std::uint32_t offset;
+    std::string bytes;
+};
 // The file association: which types the viewer opens and how it is started.
 struct AssociationType {
     std::string extension;  // small letters, without dot: "neo"
     std::string mimeType;   // "image/x-neochrome"
     std::string comment;    // what the desktop calls a file of the type: "Neochrome picture"
+    std::vector<ContentMatch> matches;  // any one tells the type by content; empty when only the name does
 };
 struct Association {
     std::string className;  // "velmoric"

@@ -7,6 +7,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -29,12 +30,25 @@ namespace fs = std::filesystem;
 constexpr std::string_view kDefaultGroup = "Default Applications";
 constexpr std::string_view kAddedGroup = "Added Associations";
 constexpr const char* kApplicationName = "Velmoric Picture Viewer";
+constexpr const char* kGenericName = "Picture Viewer";
+// The class of the window as X11 sees it: the viewer sets no application
+// name, so Qt takes the program's file name.
+constexpr const char* kWindowClass = "velmoric";
 // What file managers show for a type when no thumbnail is there yet.
 constexpr const char* kTypeIcon = "image-x-generic";
-// Above the default weight of 50, so that our types win over another
-// program's claim on the same extension (.spc is also a certificate type):
-// a Yes to the question hands the extensions to this viewer.
-constexpr int kGlobWeight = 60;
+// Where another type shares an extension (.spc is also a PKCS#7 certificate
+// bundle, at the default weight of 50), a type whose files carry a signature
+// stays below that weight: the desktop then looks at the bytes, so a file
+// with the signature is ours and any other keeps the other program's type.
+// A type known by its name alone claims the extension at the default weight.
+constexpr int kGlobWeightWithContent = 40;
+constexpr int kGlobWeightByName = 50;
+// shared-mime-info's default priority for a content match; a type whose
+// signature an earlier type has too (Spectrum smooshed after compressed)
+// takes a lower one, so that a file without an extension goes to the earlier
+// type, as findFormatByContent takes the first row that matches.
+constexpr int kMagicPriority = 50;
+constexpr int kSharedMagicPriority = 45;
 
 // ---- Text helpers ------------------------------------------------------------
 
@@ -86,6 +100,29 @@ std::string xmlEscaped(std::string_view s) {
     return out;
 }
 
+// A match value of shared-mime-info's "string" type: printable ASCII as it
+// stands, other bytes as \xNN, and a hex digit behind such an escape escaped
+// too, so that it cannot be read as part of it.
+std::string magicValue(std::string_view bytes) {
+    static constexpr char kHex[] = "0123456789abcdef";
+    std::string out;
+    bool afterEscape = false;
+    for (char c : bytes) {
+        const auto b = std::uint8_t(c);
+        const bool hexDigit = std::isxdigit(b) != 0;
+        if (b < 0x20 || b > 0x7e || c == '\\' || (afterEscape && hexDigit)) {
+            out += "\\x";
+            out += kHex[b >> 4];
+            out += kHex[b & 15];
+            afterEscape = true;
+        } else {
+            out += c;
+            afterEscape = false;
+        }
+    }
+    return xmlEscaped(out);
+}
+
 // The escapes that every string value of a desktop file takes.
 std::string desktopEscaped(std::string_view s) {
     std::string out;
@@ -121,6 +158,14 @@ std::string execArgument(std::string_view arg) {
 std::string typeList(const Association& association) {
     std::string out;
     for (const auto& t : association.types) out += t.mimeType + ";";
+    return out;
+}
+
+// What a search in a launcher should find the viewer by: the computer and
+// the extensions of its pictures.
+std::string keywordList(const Association& association) {
+    std::string out = "Atari;ST;picture;";
+    for (const auto& t : association.types) out += asciiUpper(t.extension) + ";";
     return out;
 }
 
@@ -335,12 +380,23 @@ std::string mimePackageText(const Association& association) {
     std::ostringstream out;
     out << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
         << "<mime-info xmlns=\"http://www.freedesktop.org/standards/shared-mime-info\">\n";
+    std::set<std::pair<std::uint32_t, std::string>> seen;
     for (const auto& t : association.types) {
         out << "  <mime-type type=\"" << xmlEscaped(t.mimeType) << "\">\n"
             << "    <comment>" << xmlEscaped(t.comment) << "</comment>\n"
             << "    <generic-icon name=\"" << kTypeIcon << "\"/>\n";
+        const int weight = t.matches.empty() ? kGlobWeightByName : kGlobWeightWithContent;
         for (const std::string& ext : {t.extension, asciiUpper(t.extension)})
-            out << "    <glob pattern=\"*." << xmlEscaped(ext) << "\" weight=\"" << kGlobWeight << "\"/>\n";
+            out << "    <glob pattern=\"*." << xmlEscaped(ext) << "\" weight=\"" << weight << "\"/>\n";
+        if (!t.matches.empty()) {
+            bool shared = false;
+            for (const ContentMatch& m : t.matches) shared |= !seen.insert({m.offset, m.bytes}).second;
+            out << "    <magic priority=\"" << (shared ? kSharedMagicPriority : kMagicPriority) << "\">\n";
+            for (const ContentMatch& m : t.matches)
+                out << "      <match type=\"string\" offset=\"" << m.offset << "\" value=\"" << magicValue(m.bytes)
+                    << "\"/>\n";
+            out << "    </magic>\n";
+        }
         out << "  </mime-type>\n";
     }
     out << "</mime-info>\n";
@@ -359,12 +415,15 @@ std::string desktopEntryText(const Association& association) {
     return "[Desktop Entry]\n"
            "Type=Application\n"
            "Name=" + std::string(kApplicationName) + "\n"
+           "GenericName=" + kGenericName + "\n"
            "Comment=" + desktopEscaped(association.comment) + "\n"
            "Exec=" + desktopEscaped(execValue(association.command)) + "\n"
            "Icon=" + kApplicationId + "\n"
            "Terminal=false\n"
            "Categories=Graphics;Viewer;\n"
-           "MimeType=" + typeList(association) + "\n";
+           "MimeType=" + typeList(association) + "\n"
+           "Keywords=" + keywordList(association) + "\n"
+           "StartupWMClass=" + kWindowClass + "\n";
 }
 
 std::string mergedMimeApps(std::string_view existing, const Association& association) {

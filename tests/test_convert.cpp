@@ -81,7 +81,8 @@ TEST_F(ConvertTest, InfoPrintsOneLinePerPictureOfTheFolder) {
 
 TEST_F(ConvertTest, BadUsageExitsTwo) {
     for (const auto& args : std::vector<std::vector<std::string>>{
-             {}, {"-f", "jpeg", "x.neo"}, {"-j", "0", "x.neo"}, {"-j"}, {"--frobnicate", "x.neo"}}) {
+             {}, {"-f", "jpeg", "x.neo"}, {"-j", "0", "x.neo"}, {"-j0", "x.neo"}, {"-j2x", "x.neo"}, {"-j"},
+             {"--frobnicate", "x.neo"}}) {
         EXPECT_EQ(run(args), 2);
         EXPECT_FALSE(err.empty());
     }

@@ -99,7 +99,7 @@ TEST_F(XdgTest, WritesThePackageTheEntryAndTheDefaultsThroughALinkedList) {
 
 TEST(XdgMimeApps, OurLinesJoinTheirGroupsAndEveryOtherLineStays) {
     Association a;
-    a.types = {{"a", "image/x-a", ""}, {"b", "image/x-b", ""}};
+    a.types = {{"a", "image/x-a", "", {}}, {"b", "image/x-b", "", {}}};
     // "@" stands for the viewer's desktop entry.
     const auto ours = [](const char* text) { return std::regex_replace(text, std::regex("@"), kEntry); };
     const std::string before = ours(

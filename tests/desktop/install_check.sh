@@ -12,6 +12,11 @@
 #    made by $query over the modules in $loaderdir) read every picture of
 #    corpus.tsv and EXPECTED.tsv with the converter's pixels and refuse broken
 #    files (empty, noise, cut, of every extension) with an error;
+#  - GIO, as a file manager asks it, types every shared picture by its name,
+#    and by content where another type shares the name (a PKCS#7 bundle
+#    named *.spc stays one) or there is no name;
+#  - the AppStream metadata validates and its screenshots are files of the
+#    tree; every program has its man page; copyright and changelog are there;
 #  - the thumbnailer entry's Exec line, run as a file manager runs it, makes a
 #    PNG of at most the asked size of every picture.
 # A checker that is not set (its plugin was not built) is skipped with a note.
@@ -61,6 +66,77 @@ cp "$usr/share/mime/packages/velmoric.xml" "$work/share/mime/packages/"
 export XDG_DATA_DIRS=$work/share XDG_DATA_HOME=$work/home/data XDG_CONFIG_HOME=$work/home/config
 update-mime-database "$work/share/mime"
 
+echo "== types as a file manager guesses them (GIO: by name, by content where names are shared or missing)"
+guess() { GIO_USE_VFS=local gio info -a standard::content-type "$1" | sed -n 's/^ *standard::content-type: //p'; }
+check_type() {  # FILE TYPE
+  local got
+  got=$(guess "$1")
+  [ "$got" = "$2" ] || { echo "FAIL: $1 is typed $got, not $2" >&2; status=1; }
+}
+status=0
+# Every shared picture under its own name has the type of its extension's row.
+awk '/<mime-type /{ split($0, q, "\""); type = q[2] } /<glob pattern="\*\.[a-z0-9]*"/{ split($0, q, "\""); print substr(q[2], 3), type }' \
+  "$usr/share/mime/packages/velmoric.xml" > "$work/ext-types"
+named=0
+for picture in "$shared"/synthetic/*.*; do
+  ext=$(tr 'A-Z' 'a-z' <<< "${picture##*.}")
+  type=$(awk -v e="$ext" '$1 == e { print $2 }' "$work/ext-types")
+  [ -n "$type" ] || continue
+  check_type "$picture" "$type"
+  named=$((named + 1))
+done
+# By content: a certificate bundle keeps the type of .spc that shared-mime-info
+# gives it; pictures without a name, or under the shared name, are ours by
+# their signature. Smooshed Spectrum carries the same bytes as compressed and
+# goes to the earlier row.
+mkdir -p "$work/types"
+openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -subj /CN=velmoric-test -days 1 \
+  -keyout "$work/types/key.pem" -out "$work/types/cert.pem" 2>/dev/null
+openssl crl2pkcs7 -nocrl -certfile "$work/types/cert.pem" -outform DER -out "$work/types/bundle.spc"
+first() { ls "$shared"/synthetic/"$1"_* | head -1; }
+for picture in "$shared"/synthetic/mac_*; do
+  [ "$(dd if="$picture" bs=1 skip=65 count=4 2>/dev/null)" = PNTG ] && cp "$picture" "$work/types/macbinary" && break
+done
+cp "$(first spc)" "$work/types/spectrum.spc"
+for ext in spc sps ca1 ca2 ca3; do cp "$(first $ext)" "$work/types/$ext-without-name"; done
+while read -r name type; do
+  check_type "$work/types/$name" "$type"
+done <<'CASES'
+bundle.spc application/x-pkcs7-certificates
+spectrum.spc image/x-spectrum512-spc
+spc-without-name image/x-spectrum512-spc
+sps-without-name image/x-spectrum512-spc
+ca1-without-name image/x-crack-art-ca1
+ca2-without-name image/x-crack-art-ca2
+ca3-without-name image/x-crack-art-ca3
+macbinary image/x-macpaint
+CASES
+[ $status = 0 ] || exit 1
+echo "$named pictures typed by name, 8 files by content"
+
+echo "== AppStream, man pages, copyright"
+appstreamcli validate --no-net "$usr/share/metainfo/$id.metainfo.xml" || fail "appstreamcli validate"
+# Each screenshot is a file of the source tree, at the end of its address.
+source_tree=$(cd "$(dirname "$0")/../.." && pwd)
+for url in $(sed -n 's|.*<image>\(.*\)</image>.*|\1|p' "$usr/share/metainfo/$id.metainfo.xml"); do
+  rel=${url#*://*/}
+  while [ ! -f "$source_tree/$rel" ]; do
+    [[ $rel == */* ]] || fail "screenshot $url names no file of the tree"
+    rel=${rel#*/}
+  done
+  [ "$(head -c 8 "$source_tree/$rel" | od -An -tx1 | tr -d ' \n')" = 89504e470d0a1a0a ] || fail "$rel is no PNG"
+done
+for program in "$usr"/bin/*; do
+  page=$usr/share/man/man1/$(basename "$program").1.gz
+  [ -f "$page" ] && gzip -t "$page" || fail "no man page for $(basename "$program")"
+  warnings=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -l "$page" 2>&1 >/dev/null)
+  [ -z "$warnings" ] || fail "man $(basename "$page"): $warnings"
+done
+grep -q '^Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/' \
+  "$usr/share/doc/velmoric/copyright" || fail "no machine-readable copyright file"
+gzip -t "$usr/share/doc/velmoric/changelog.Debian.gz" || fail "no changelog.Debian.gz"
+echo "metainfo valid; $(ls "$usr"/bin | wc -l) man pages; copyright and changelog in place"
+
 echo "== the converter's bitmaps of every shared picture"
 "$usr/bin/velmoric-convert" -q -r -o "$work/bmp/corpus" "$shared/corpus"
 "$usr/bin/velmoric-convert" -q -o "$work/bmp/synthetic" "$shared/synthetic"
@@ -87,7 +163,6 @@ done
 ls "$work"/broken/* > "$work/broken.tsv"
 echo "$(wc -l < "$work/broken.tsv") broken files"
 
-status=0
 for major in 6 5; do
   checker=qt$major dir=qt${major}dir
   if [ -z "${!checker:-}" ]; then echo "== Qt $major: no plugin built, skipped"; continue; fi

@@ -4,7 +4,8 @@
 # `cmake --install` puts below /usr, it has no maintainer scripts (the
 # triggers of shared-mime-info, GdkPixbuf, desktop-file-utils and the icon
 # cache bring the caches up to date), and every package it depends on is one
-# that apt knows. The install itself: scripts/deb-roundtrip.
+# that apt knows; lintian finds no error and no warning. The install
+# itself: scripts/deb-roundtrip.
 set -euo pipefail
 build=$(cd "$1" && pwd)
 work=$(mktemp -d)
@@ -40,3 +41,9 @@ echo "every dependency is a package apt knows"
 # The converter opens libspng and giflib only when it writes a PNG or a GIF.
 grep -q 'libspng' <<< "$depends" || fail "libspng is not among the dependencies"
 grep -q 'libgif' <<< "$depends" || fail "giflib is not among the dependencies"
+
+# lintian, as Debian checks a package: no error and no warning; a tag the
+# package keeps is overridden in packaging/lintian-overrides with its reason.
+lintian --tag-display-limit 0 -I --show-overrides "$deb" > "$work/lintian" 2>/dev/null || true
+if grep -q '^[EW]:' "$work/lintian"; then grep '^[EW]:' "$work/lintian" >&2; fail "lintian errors or warnings"; fi
+echo "lintian: no errors, no warnings; $(grep -c '^O:' "$work/lintian" || true) tags overridden, $(grep -c '^I:' "$work/lintian" || true) notes"
