@@ -1,5 +1,5 @@
 #pragma once
-// For tests of real processes (VELMORIC_TRACE=1): the Qt platform that also
+// For tests of real processes (VELMORIC_TRACE=1, test build only): the Qt platform that also
 // prints, one line each, when the window shows, when a command from a later
 // copy arrives, when Label1 changes and when a message box comes. Boxes are
 // then answered at once with their default (OK, or No) instead of waiting
