@@ -25,9 +25,12 @@ void LocalFilesPlatform::writeFile(const std::string& path, std::span<const std:
 
 void LocalFilesPlatform::deleteFile(const std::string& path) { files::remove(path); }
 
+// Far above the largest bitmap a decoder writes (192 KB).
+constexpr std::size_t kBitmapLimit = 1 << 20;
+
 Picture LocalFilesPlatform::loadPicture(const std::string& path) {
     try {
-        return Picture::fromBitmapBytes(files::readWhole(path));
+        return Picture::fromBitmapBytes(files::readWhole(path, kBitmapLimit));
     } catch (const std::invalid_argument& e) {
         throw PlatformError(path, std::string("cannot load picture: ") + e.what());
     }

@@ -21,6 +21,10 @@ public:
     // Tests point the program folder elsewhere.
     void setProgramFolder(std::string folder) { programFolderOverride_ = std::move(folder); }
 
+protected:
+    // The folder of this process alone that holds the temporary bitmap.
+    const std::string& privateFolder() { return private_.path(); }
+
 private:
     std::string programFolderOverride_;
     files::PrivateFolder private_;  // holds the temporary bitmap

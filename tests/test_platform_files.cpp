@@ -2,6 +2,10 @@
 // to its limit, a chosen file replaced whole, a private folder for the
 // bitmap, and nothing planted at the bitmap's name ever followed.
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include "convert/convert.h"
 #include "platform/files.h"
@@ -32,6 +36,44 @@ TEST(Files, PrivateFolderIsTheProcessesAloneAndGoesWithIt) {
     vtest::writeFile((path / "left.bmp").string(), {1});
     folder.reset();
     EXPECT_FALSE(fs::exists(path));
+}
+
+// A process ended by one of the signals a desktop or a terminal sends takes
+// its private folder with it, and still ends by that signal.
+TEST(Files, PrivateFolderGoesWithAProcessEndedBySignal) {
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+        SCOPED_TRACE(signal);
+        vtest::TempDir runtime;
+        int pipe[2];
+        ASSERT_EQ(::pipe(pipe), 0);
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+            files::PrivateFolder folder;
+            const std::string line = folder.path() + "\n";
+            vtest::writeFile(folder.path() + "/tmp~~~$$.BMP", {1, 2});
+            if (::write(pipe[1], line.data(), line.size()) != ssize_t(line.size())) ::_exit(1);
+            for (;;) ::pause();
+        }
+        ::close(pipe[1]);
+        std::string path;
+        for (char c; ::read(pipe[0], &c, 1) == 1 && c != '\n';) path += c;
+        ::close(pipe[0]);
+        ASSERT_TRUE(fs::exists(path + "/tmp~~~$$.BMP"));
+        ::kill(child, signal);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+        EXPECT_FALSE(fs::exists(path));
+    }
+}
+
+TEST(Files, ReadWholeRefusesAFileOverItsLimit) {
+    vtest::TempDir dir;
+    vtest::writeFile(dir.file("mimeapps.list"), vtest::Bytes(101, 'x'));
+    EXPECT_EQ(files::readWhole(dir.file("mimeapps.list"), 101).size(), 101u);
+    EXPECT_THROW(files::readWhole(dir.file("mimeapps.list"), 100), PlatformError);
 }
 
 // Whatever stands at a chosen name, the replace leaves exactly the new bytes

@@ -54,6 +54,24 @@ TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrde
               "[options]\ndelay=2\norientation=1\nprintscale=55\nrepeat=0\nsave=1\nsingle=-3\nsize=1\n");
 }
 
+// A store that is a link to a file of the user's is replaced by a file of
+// its own; what the link points to stays as it was.
+TEST_F(WindowTest, OptionsReplaceALinkAtTheStoreInsteadOfWritingThroughIt) {
+    const std::string notes = data.file("notes.txt");
+    vtest::writeFile(notes, {'m', 'i', 'n', 'e', '\n'});
+    std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
+    std::filesystem::create_symlink(notes, settingsFile());
+    loadAndShow();
+    EXPECT_TRUE(form->close());
+    EXPECT_EQ(vtest::readFile(notes), (vtest::Bytes{'m', 'i', 'n', 'e', '\n'}));
+    EXPECT_FALSE(std::filesystem::is_symlink(settingsFile()));
+    const vtest::Bytes file = vtest::readFile(settingsFile());
+    EXPECT_EQ(std::string(file.begin(), file.end()),
+              "[options]\ndelay=2\norientation=1\nprintscale=100\nrepeat=1\nsave=0\nsingle=0\nsize=0\n");
+    const auto folder = std::filesystem::path(settingsFile()).parent_path();
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), std::filesystem::directory_iterator()), 1);
+}
+
 // The options are written whether the quit goes on or not.
 TEST_F(WindowTest, QuitWarnsOnlyForAnUnsavedPictureWhenSaveIsExactlyOne) {
     const std::tuple<int, std::int16_t, Answer, bool, bool> rows[] = {  // save, saved, answer, warned, closes
