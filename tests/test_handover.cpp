@@ -74,6 +74,25 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
     }
 }
 
+// A name relative to the second copy's working folder reaches the first
+// made absolute against it, with what follows the name unchanged.
+TEST_F(HandoverTest, ARelativeNameGoesOverAbsolute) {
+    const std::string pic = picture("pic.neo", 5), folder = dir.path().string();
+    const auto before = std::filesystem::current_path();
+    std::filesystem::current_path(dir.path());
+    const std::pair<std::string, std::string> rows[] = {  // command line, command sent
+        {"pic.neo", pic}, {"pic.neo /x", pic + " /x"}, {"./pic.neo", folder + "/./pic.neo"}, {pic, pic}, {"", ""}};
+    for (const auto& [commandLine, command] : rows) {
+        SCOPED_TRACE(commandLine);
+        bus = std::make_shared<HeadlessBus>();
+        auto first = start("");
+        auto copy = start(commandLine);
+        EXPECT_EQ(copy->ui.sent, std::vector{command});
+        EXPECT_EQ(first->ui.incoming, std::deque{command});
+    }
+    std::filesystem::current_path(before);
+}
+
 // The outer open has taken its extension already; the decoder then reads
 // the name that the command left, and the caption names that file.
 TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {

@@ -390,7 +390,9 @@ bool QtPlatform::earlierCopy() {
     return handover_->earlierCopy();
 }
 
-bool QtPlatform::sendCommand(const std::string& command) { return handover_ && handover_->send(command); }
+bool QtPlatform::sendCommand(const std::string& command) {
+    return handover_ && handover_->send(commandForEarlierCopy(command));
+}
 
 void QtPlatform::setLinkTopic(const std::string& topic) {
     if (handover_) handover_->setTopic(topic);
