@@ -343,8 +343,9 @@ void QtPlatform::writeSetting(const std::string& app, const std::string& section
     // which then replaces the name the way every file is written: a new file
     // renamed into place. Failures are not looked at, as QSettings' are not.
     const std::string path = storePath(app).toStdString();
-    const std::string copy = privateFolder() + "/options" + std::to_string(++storeCopies_) + ".conf";
+    std::string copy;
     try {
+        copy = privateFolder() + "/options" + std::to_string(++storeCopies_) + ".conf";
         struct stat st {};
         const bool ownFile = ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
         files::writeNew(copy, ownFile ? files::readWhole(path, kStoreLimit) : std::vector<std::uint8_t>{});
@@ -357,7 +358,7 @@ void QtPlatform::writeSetting(const std::string& app, const std::string& section
         files::replaceAtomically(path, files::readWhole(copy, kStoreLimit));
     } catch (const std::exception&) {
     }
-    ::unlink(copy.c_str());
+    if (!copy.empty()) ::unlink(copy.c_str());
 }
 
 // ---- File association -----------------------------------------------------------
