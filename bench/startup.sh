@@ -7,8 +7,9 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build}
 runs=${2:-7}
-viewer=$build/app/velmoric
-[ -x "$viewer" ] || { echo "no viewer at $viewer; build the target velmoric first" >&2; exit 2; }
+# The test build of the viewer: the same window, and it reports when the picture is on screen.
+viewer=$build/testable/velmoric
+[ -x "$viewer" ] || { echo "no viewer at $viewer; build the target velmoric-testable first" >&2; exit 2; }
 
 if [ -z "${VELMORIC_BENCH_UNDER_XVFB:-}" ] && [ -z "${DISPLAY:-}" ] && [ -z "${WAYLAND_DISPLAY:-}" ] &&
    command -v xvfb-run >/dev/null; then

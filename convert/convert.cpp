@@ -85,12 +85,22 @@ Collected collectJobs(const ConvertOptions& o) {
     return c;
 }
 
+// An output's absolute path in small letters: on a folder that ignores case
+// (a FAT memory stick) X.PI1.bmp and x.pi1.bmp are one file.
+std::string collisionKey(const std::string& output) {
+    if (output.empty()) return {};
+    std::string key = fs::absolute(output).lexically_normal().string();
+    for (char& c : key)
+        if (c >= 'A' && c <= 'Z') c = char(c - 'A' + 'a');
+    return key;
+}
+
 // One line for every input whose output another input would write too.
 std::vector<std::string> collisions(const std::vector<Job>& jobs) {
-    std::vector<std::string> keys;  // each output as an absolute path
+    std::vector<std::string> keys;
     std::map<std::string, std::vector<const Job*>> byOutput;
     for (const Job& j : jobs) {
-        keys.push_back(j.output.empty() ? std::string() : fs::absolute(j.output).lexically_normal().string());
+        keys.push_back(collisionKey(j.output));
         if (!keys.back().empty()) byOutput[keys.back()].push_back(&j);
     }
     std::vector<std::string> lines;

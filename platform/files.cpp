@@ -1,11 +1,15 @@
 #include "platform/files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -127,6 +131,81 @@ bool linkWhenWhole(const std::string& path, std::span<const std::uint8_t> bytes)
     return true;
 }
 
+// ---- Private folders on the signals that end a process ---------------------
+// A handler may call only async-signal-safe functions: the paths are copied
+// into fixed slots beforehand, and the folder is emptied with raw getdents64,
+// unlinkat and rmdir.
+
+constexpr int kEndingSignals[] = {SIGTERM, SIGHUP, SIGINT};
+
+struct FolderSlot {
+    std::atomic<bool> claimed{false}, ready{false};
+    char path[4096] = {};
+};
+FolderSlot folderSlots[8];
+
+void emptyAndRemove(const char* folder) {
+    const int fd = ::open(folder, O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (fd >= 0) {
+        alignas(8) char buffer[4096];
+        for (long n; (n = ::syscall(SYS_getdents64, fd, buffer, sizeof buffer)) > 0;) {
+            for (long at = 0; at < n;) {
+                const auto* entry = reinterpret_cast<const struct dirent64*>(buffer + at);
+                const char* name = entry->d_name;
+                if (!(name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))))
+                    ::unlinkat(fd, name, 0);
+                at += entry->d_reclen;
+            }
+        }
+        ::close(fd);
+    }
+    ::rmdir(folder);
+}
+
+extern "C" void removeFoldersAndEnd(int signal) {
+    for (FolderSlot& slot : folderSlots)
+        if (slot.ready.load()) emptyAndRemove(slot.path);
+    ::signal(signal, SIG_DFL);
+    ::raise(signal);  // delivered with its default action once this returns
+}
+
+// Takes the ending signals that still have their default action.
+void removeFoldersOnEndingSignals() {
+    static std::atomic<bool> installed{false};
+    if (installed.exchange(true)) return;
+    for (const int signal : kEndingSignals) {
+        struct sigaction old {};
+        if (::sigaction(signal, nullptr, &old) != 0 || old.sa_handler != SIG_DFL ||
+            (old.sa_flags & SA_SIGINFO))
+            continue;
+        struct sigaction ours {};
+        ours.sa_handler = removeFoldersAndEnd;
+        sigemptyset(&ours.sa_mask);
+        for (const int other : kEndingSignals) sigaddset(&ours.sa_mask, other);
+        ::sigaction(signal, &ours, nullptr);
+    }
+}
+
+// The slot that now holds the path, or -1 when none is free.
+int rememberFolder(const std::string& path) {
+    if (path.size() >= sizeof FolderSlot::path) return -1;
+    for (int i = 0; i < int(std::size(folderSlots)); ++i) {
+        FolderSlot& slot = folderSlots[i];
+        if (bool expected = false; !slot.claimed.compare_exchange_strong(expected, true)) continue;
+        std::memcpy(slot.path, path.c_str(), path.size() + 1);
+        slot.ready.store(true);
+        removeFoldersOnEndingSignals();
+        return i;
+    }
+    return -1;
+}
+
+void forgetFolder(int i) {
+    if (i < 0) return;
+    folderSlots[i].ready.store(false);
+    folderSlots[i].claimed.store(false);
+}
+
 }  // namespace
 
 SourceData readSource(const std::string& path, std::size_t limit) {
@@ -141,9 +220,11 @@ SourceData readSource(const std::string& path, std::size_t limit) {
     return out;
 }
 
-std::vector<std::uint8_t> readWhole(const std::string& path) {
+std::vector<std::uint8_t> readWhole(const std::string& path, std::size_t limit) {
     struct stat st {};
     Descriptor fd = openRegular(path, st);
+    if (std::uint64_t(st.st_size) > limit)
+        throw PlatformError(path, "is larger than " + std::to_string(limit) + " bytes");
     std::vector<std::uint8_t> out(std::size_t(st.st_size));
     out.resize(readUpTo(fd.get(), path, out.data(), out.size()));
     return out;
@@ -176,6 +257,9 @@ void replaceAtomically(const std::string& path, std::span<const std::uint8_t> by
     try {
         if (replacing && ::fchmod(fd.get(), old.st_mode & 07777) != 0) fail(path, "cannot write", errno);
         writeAll(fd.get(), path, bytes);
+        // On the disk before the name moves to it: a power loss after the
+        // rename must not find an empty file under the name.
+        if (::fsync(fd.get()) != 0) fail(path, "cannot write", errno);
         closeChecked(fd, path);
         if (::rename(temporary.c_str(), path.c_str()) != 0) fail(path, "cannot write", errno);
     } catch (...) {
@@ -210,12 +294,14 @@ const std::string& PrivateFolder::path() {
         std::string name = (fs::path(runtimeFolder()) / "velmoric-XXXXXX").string();
         if (!::mkdtemp(name.data())) fail(name, "cannot make a private folder", errno);
         path_ = name;
+        slot_ = rememberFolder(path_);
     }
     return path_;
 }
 
 PrivateFolder::~PrivateFolder() {
     if (path_.empty()) return;
+    forgetFolder(slot_);
     std::error_code ec;
     fs::remove_all(path_, ec);
 }

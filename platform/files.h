@@ -35,8 +35,9 @@ namespace files {
 // and without being read. Never creates or changes anything.
 SourceData readSource(const std::string& path, std::size_t limit);
 
-// Reads a whole regular file, with the same refusals.
-std::vector<std::uint8_t> readWhole(const std::string& path);
+// Reads a whole regular file, with the same refusals; a file longer than
+// `limit` bytes is refused unread.
+std::vector<std::uint8_t> readWhole(const std::string& path, std::size_t limit);
 
 // Creates the file anew with `bytes`, readable by the user alone: a file of
 // that name is removed first, and the new one is created exclusively, never
@@ -44,9 +45,9 @@ std::vector<std::uint8_t> readWhole(const std::string& path);
 void writeNew(const std::string& path, std::span<const std::uint8_t> bytes);
 
 // Replaces the file with `bytes` in one step: the bytes go to a new file in
-// the same folder, which is then renamed over the name. A failure leaves the
-// old file (or no file) under the name and no partial file; a link at the
-// name is replaced, not followed.
+// the same folder, which is flushed to the disk and then renamed over the
+// name. A failure, or a power loss, leaves the old file (or no file) under
+// the name and no partial file; a link at the name is replaced, not followed.
 void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
 
 void remove(const std::string& path);
@@ -60,7 +61,8 @@ std::string programFolder();
 
 // A folder of this process alone (mode 0700, a fresh random name under the
 // runtime folder), made on first use and removed with everything in it when
-// the object ends.
+// the object ends, and also when SIGTERM, SIGHUP or SIGINT ends the process
+// (unless the process ignores or handles that signal itself).
 class PrivateFolder {
 public:
     PrivateFolder() = default;
@@ -73,6 +75,7 @@ public:
 
 private:
     std::string path_;
+    int slot_ = -1;  // where the signal handlers find the path
 };
 
 }  // namespace files

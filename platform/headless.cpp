@@ -114,10 +114,10 @@ bool HeadlessPlatform::earlierCopy() {
 }
 
 bool HeadlessPlatform::sendCommand(const std::string& command) {
-    sent.push_back(command);
+    sent.push_back(commandForEarlierCopy(command));
     HeadlessPlatform* owner = bus ? bus->owner : nullptr;
     if (!owner || owner == this || !owner->answering || owner->linkTopic != "cmdLine") return false;
-    owner->incoming.push_back(command);
+    owner->incoming.push_back(sent.back());
     return true;
 }
 

@@ -1,5 +1,6 @@
 #include "platform/localfiles.h"
 
+#include <filesystem>
 #include <stdexcept>
 
 namespace velmoric {
@@ -11,6 +12,13 @@ std::string joinPath(const std::string& folder, const std::string& name) {
 
 std::string LocalFilesPlatform::programFolder() {
     return programFolderOverride_.empty() ? files::programFolder() : programFolderOverride_;
+}
+
+std::string LocalFilesPlatform::commandForEarlierCopy(const std::string& command) {
+    if (command.empty() || command.front() == kPathSeparator) return command;
+    std::error_code ec;
+    const std::string folder = std::filesystem::current_path(ec).string();
+    return ec ? command : joinPath(folder, command);
 }
 
 std::string LocalFilesPlatform::temporaryBitmapPath() { return joinPath(private_.path(), kTemporaryBitmapName); }
@@ -25,9 +33,12 @@ void LocalFilesPlatform::writeFile(const std::string& path, std::span<const std:
 
 void LocalFilesPlatform::deleteFile(const std::string& path) { files::remove(path); }
 
+// Far above the largest bitmap a decoder writes (192 KB).
+constexpr std::size_t kBitmapLimit = 1 << 20;
+
 Picture LocalFilesPlatform::loadPicture(const std::string& path) {
     try {
-        return Picture::fromBitmapBytes(files::readWhole(path));
+        return Picture::fromBitmapBytes(files::readWhole(path, kBitmapLimit));
     } catch (const std::invalid_argument& e) {
         throw PlatformError(path, std::string("cannot load picture: ") + e.what());
     }

@@ -21,6 +21,14 @@ public:
     // Tests point the program folder elsewhere.
     void setProgramFolder(std::string folder) { programFolderOverride_ = std::move(folder); }
 
+protected:
+    // The command line as a copy that runs elsewhere must read it: a name
+    // relative to this process's working folder goes over made absolute
+    // against it; whatever follows the name is left as it stands.
+    static std::string commandForEarlierCopy(const std::string& command);
+    // The folder of this process alone that holds the temporary bitmap.
+    const std::string& privateFolder() { return private_.path(); }
+
 private:
     std::string programFolderOverride_;
     files::PrivateFolder private_;  // holds the temporary bitmap

@@ -193,7 +193,10 @@ std::string readTextQuietly(const std::string& path) {
 std::string readTextIfPresent(const std::string& path) {
     std::error_code ec;
     if (!fs::exists(path, ec)) return {};
-    const auto bytes = files::readWhole(path);
+    // A user's mimeapps.list holds a few kilobytes; one far larger is no
+    // file to merge into.
+    constexpr std::size_t kAssociationFileLimit = 1 << 20;
+    const auto bytes = files::readWhole(path, kAssociationFileLimit);
     return std::string(bytes.begin(), bytes.end());
 }
 

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Copies of the built viewer handing files over on a private session bus,
 # offscreen, with private desktop folders: a second copy passes its command
-# line to the first and ends; `single` 1 keeps copies apart; a killed first
-# copy leaves the channel free; ten copies at once leave one window with the
-# nine other command lines; without a bus a copy runs alone.
+# line to the first and ends, a relative name made absolute; `single` 1 keeps
+# copies apart; a killed first copy leaves the channel free; ten copies at
+# once leave one window with the nine other command lines; without a bus a
+# copy runs alone.
 # Usage: handover_processes.sh VELMORIC
 set -u
 viewer=$1
@@ -80,6 +81,14 @@ wait_for first "caption: PIC1.NEO  Neo" || fail "the first copy did not open the
 copy one "$work/pic2.neo" /x
 wait_for first "box: Error.  /x##Sorry a file error has occured." || fail "no file error box for the trailing text"
 grep -qxF "command: $work/pic2.neo /x" "$work/first.out" || fail "the command did not arrive unchanged"
+
+# A name relative to the second copy's folder (the first runs in another)
+# goes over made absolute, what follows it unchanged.
+[ "$(pwd)" != "$work" ] || fail "the first copy runs in the pictures' folder"
+(cd "$work" && copy one pic6.neo)
+wait_for first "caption: PIC6.NEO  Neo" || fail "the first copy did not open a relative name from another folder"
+(cd "$work" && copy one pic7.neo /x)
+wait_for first "command: $work/pic7.neo /x" || fail "a relative name with trailing text did not arrive absolute"
 
 # Without a file: the second copy ends, the first does nothing.
 copy one || fail "a second copy without a file did not end cleanly"

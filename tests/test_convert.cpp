@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <csignal>
+#include <map>
 #include <memory>
 
 #include "convert/convert.h"
@@ -110,6 +111,10 @@ TEST_F(ConvertTest, InputsThatWouldWriteOneOutputAreRefusedAndLinksAtOutputsRepl
     EXPECT_EQ(err, a + ": " + b + " would be written to the same file " + output + "\n" + b + ": " + a +
                        " would be written to the same file " + output + "\n");
     EXPECT_FALSE(fs::exists(dir.file("D")));
+    // On a folder that ignores case the two would overwrite each other.
+    EXPECT_EQ(run({"-o", dir.file("D"), a, write("c/x.pi1", 32034, 6)}), 2);
+    EXPECT_FALSE(fs::exists(dir.file("D")));
+    fs::remove_all(dir.file("c"));
 
     fs::create_directories(dir.file("D/a"));
     fs::create_symlink(a, dir.file("D/a/X.PI1.bmp"));
@@ -121,25 +126,33 @@ TEST_F(ConvertTest, InputsThatWouldWriteOneOutputAreRefusedAndLinksAtOutputsRepl
 }
 
 // A disk that fills up during the write, made by a file size limit in a
-// child process: the converter reports it and leaves no file, whole or part.
+// child process: the converter reports it and leaves no file, whole or part;
+// an output it was replacing stays as it was, and no temporary file is left.
 TEST_F(ConvertTest, AFullDiskLeavesNoPartialFile) {
-    const std::string neo = write("p.neo", 32128, 7), spu = write("q.spu", 51104, 8), out = dir.file("out");
-    fs::create_directories(out);
-    const pid_t child = ::fork();
-    ASSERT_GE(child, 0);
-    if (child == 0) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{20000, 20000};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-        StringConsole quiet;
-        for (const char* format : {"bmp", "png"})
-            if (runConvert({"-j", "1", "-f", format, "-o", out, neo, spu}, quiet) != 1 || !fs::is_empty(out))
-                ::_exit(1);
-        ::_exit(0);
+    const std::string neo = write("p.neo", 32128, 7), spu = write("q.spu", 51104, 8);
+    for (const std::string out : {dir.file("new"), dir.file("old")}) {
+        fs::create_directories(out);
+        std::map<std::string, vtest::Bytes> before, after;
+        for (const char* name : {"p.neo.bmp", "q.spu.bmp", "p.neo.png", "q.spu.png"})
+            if (out.ends_with("old")) vtest::writeFile(out + "/" + name, before[name] = vtest::randomBytes(100, 9));
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            std::signal(SIGXFSZ, SIG_IGN);
+            const rlimit limit{20000, 20000};
+            ::setrlimit(RLIMIT_FSIZE, &limit);
+            StringConsole quiet;
+            for (const char* format : {"bmp", "png"})
+                if (runConvert({"-j", "1", "-f", format, "-o", out, neo, spu}, quiet) != 1) ::_exit(1);
+            ::_exit(0);
+        }
+        int status = -1;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << "each format ends in exit 1";
+        for (const auto& entry : fs::directory_iterator(out))
+            after[entry.path().filename().string()] = vtest::readFile(entry.path().string());
+        EXPECT_EQ(after, before) << out;
     }
-    int status = -1;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0) << "each format ends in exit 1 and leaves the folder empty";
 }
 
 }  // namespace

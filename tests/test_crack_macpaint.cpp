@@ -51,4 +51,19 @@ TEST(Crack, PackedStreamsLayTheScreenOfTheUnpackedFile) {
     }
 }
 
+// The packed picture starts at 512 only when header bytes 1 and 2 are both
+// 0. From 512 the file gives runs of C1 first; from 640 only runs of 00. The
+// bitmap ends with the complement of the top row's first bytes.
+TEST(MacPaint, ThePictureStartsAt640WhenEitherHeaderByteIsNotZero) {
+    for (const auto& [one, two] : {std::pair{0, 0}, {0, 7}, {7, 0}, {7, 7}}) {
+        Bytes file(512, 0);
+        file[1] = std::uint8_t(one), file[2] = std::uint8_t(two);
+        file.insert(file.end(), 128, 0xC1);
+        for (int run = 0; run < 405; ++run) file.insert(file.end(), {0x81, 0x00});
+        const auto s = vtest::freshStaging();
+        const Bytes bitmap = vtest::bytesOf(vtest::decodeAs(*s, file, "MAC").bitmap);
+        EXPECT_EQ(bitmap.back(), one == 0 && two == 0 ? 0x3E : 0xFF) << one << " " << two;
+    }
+}
+
 }  // namespace

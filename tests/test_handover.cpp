@@ -74,6 +74,20 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
     }
 }
 
+// A name relative to the second copy's working folder reaches the first
+// made absolute against it, with what follows the name unchanged.
+TEST_F(HandoverTest, ARelativeNameGoesOverAbsolute) {
+    const std::string pic = picture("pic.neo", 5), before = std::filesystem::current_path();
+    std::filesystem::current_path(dir.path());
+    for (const auto& [line, sent] : {std::pair{std::string("pic.neo"), pic}, {"pic.neo /x", pic + " /x"},
+                                     {"./pic.neo", dir.file("./pic.neo")}, {pic, pic}, {"", ""}}) {
+        bus = std::make_shared<HeadlessBus>();
+        auto first = start(""), copy = start(line);
+        EXPECT_EQ(first->ui.incoming, std::deque{sent}) << line;
+    }
+    std::filesystem::current_path(before);
+}
+
 // The outer open has taken its extension already; the decoder then reads
 // the name that the command left, and the caption names that file.
 TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {

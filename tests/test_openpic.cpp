@@ -43,6 +43,8 @@ TEST(CommandLine, NameRule) {
         {"C:\\PICS\\A.NEO /X", "C:\\PICS\\A.NEO"},  // text behind the extension is cut
         {"ABCDEFGHIJKLMN", "ABCDEFGHIJK"},          // no dot from position 9 on: 11 characters
         {"ABCDEFGHIJ", "ABCDEFGHIJ"},               // ...or all when shorter
+        {"C:\\AB.NEO", "C:\\AB.NEO"},               // 9 characters, no dot at 9: taken whole
+        {"ABCDEFGH.", ""},                          // 9 characters, the dot at 9
         {"", ""},
         {"/home/u/pics/x.pi1", "/home/u/pics/x.pi1"},
         {"/home/u/my.pics/x", "/home/u/my.pic"},    // a folder's dot counts when it is the last

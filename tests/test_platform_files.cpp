@@ -2,6 +2,10 @@
 // to its limit, a chosen file replaced whole, a private folder for the
 // bitmap, and nothing planted at the bitmap's name ever followed.
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
 
 #include "convert/convert.h"
 #include "platform/files.h"
@@ -12,13 +16,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-TEST(Files, ReadSourceStopsAtTheLimitButKnowsTheLength) {
+TEST(Files, ReadStopsAtTheLimit) {
     vtest::TempDir dir;
     const auto path = dir.file("big.ca1");
     vtest::writeFile(path, vtest::randomBytes(70000, 1));
     const SourceData d = files::readSource(path, 65533);
     EXPECT_EQ(std::make_pair(d.bytes.size(), d.length), std::make_pair(std::size_t(65533), std::uint64_t(70000)));
     EXPECT_EQ(files::readSource(path, 100000).bytes.size(), 70000u);
+    EXPECT_EQ(files::readWhole(path, 70000).size(), 70000u);
+    EXPECT_THROW(files::readWhole(path, 69999), PlatformError) << "a whole file is read only up to its limit";
 }
 
 TEST(Files, PrivateFolderIsTheProcessesAloneAndGoesWithIt) {
@@ -32,6 +38,27 @@ TEST(Files, PrivateFolderIsTheProcessesAloneAndGoesWithIt) {
     vtest::writeFile((path / "left.bmp").string(), {1});
     folder.reset();
     EXPECT_FALSE(fs::exists(path));
+}
+
+// A process ended by one of the signals a desktop or a terminal sends takes
+// its private folder with it, and still ends by that signal.
+TEST(Files, PrivateFolderGoesWithAProcessEndedBySignal) {
+    for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+        vtest::TempDir runtime;
+        const pid_t child = ::fork();
+        ASSERT_GE(child, 0);
+        if (child == 0) {
+            ::setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+            files::PrivateFolder folder;
+            vtest::writeFile(folder.path() + "/tmp~~~$$.BMP", {1, 2});
+            ::kill(::getpid(), signal);
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << signal << ": " << status;
+        EXPECT_TRUE(fs::is_empty(runtime.path())) << signal;
+    }
 }
 
 // Whatever stands at a chosen name, the replace leaves exactly the new bytes

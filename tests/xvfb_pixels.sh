@@ -3,7 +3,7 @@
 # and the option size at 1, grabs the screen and checks that Image1 shows the
 # decoded bitmap one screen pixel to one picture pixel, and that Label1 reads
 # the name in capitals, two blanks and the format's caption.
-# Arguments: velmoric velmoric-convert velmoric-make-sample velmoric_pixel_check
+# Arguments: velmoric (its test build) velmoric-convert velmoric-make-sample velmoric_pixel_check
 set -euo pipefail
 viewer=$1 convert=$2 make_sample=$3 pixel_check=$4
 command -v xvfb-run >/dev/null || { echo "xvfb-run is not installed"; exit 77; }

@@ -2,6 +2,7 @@
 
 #include <QBitmap>
 #include <QImage>
+#include <QPalette>
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -475,6 +476,18 @@ QImage imageListImage(int number) {
 QPixmap imageListPicture(int number) {
     const QImage image = imageListImage(number);
     return image.isNull() ? QPixmap() : withTransparentBackground(image);
+}
+
+void greyDisabledTextReadably(QWidget* widget) {
+    QPalette palette = widget->palette();
+    const QColor text = palette.color(QPalette::Active, QPalette::ButtonText);
+    const QColor background = palette.color(QPalette::Active, QPalette::Window);
+    const auto third = [](int from, int to) { return (from + 2 * to) / 3; };
+    const QColor grey(third(text.red(), background.red()), third(text.green(), background.green()),
+                      third(text.blue(), background.blue()));
+    for (const QPalette::ColorRole role : {QPalette::ButtonText, QPalette::WindowText, QPalette::Text})
+        palette.setColor(QPalette::Disabled, role, grey);
+    widget->setPalette(palette);
 }
 
 }  // namespace velmoric::qt

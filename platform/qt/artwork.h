@@ -3,6 +3,7 @@
 // picture of `Image1`, the window's icon and the nine pictures of the image
 // list behind `Toolbar1`.
 #include <QPixmap>
+#include <QWidget>
 #include <cstdint>
 #include <vector>
 
@@ -22,5 +23,11 @@ QPixmap windowIconPixmap();
 // colours; the colour 0xC0C0C0 is transparent. Null for other numbers.
 QImage imageListImage(int number);
 QPixmap imageListPicture(int number);
+
+// Greys the disabled text of `widget` two thirds of the way from its enabled
+// text to its background: black on #C0C0C0 gives #808080, the grey of
+// Windows' greyed titles, and any palette a text that stays readable, where
+// the style's own may all but vanish on the bar (#BEBEBE on #C0C0C0).
+void greyDisabledTextReadably(QWidget* widget);
 
 }  // namespace velmoric::qt

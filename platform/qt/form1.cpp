@@ -68,6 +68,7 @@ Form1::~Form1() { platform_.attach(nullptr); }
 
 void Form1::buildMenus() {
     for (std::size_t i = 0; i < mfile_.size(); ++i) mfile_[i] = menuBar()->addMenu(QString::fromLatin1(kTopMenuCaptions[i]));
+    greyDisabledTextReadably(menuBar());  // the titles are disabled for a whole slide show
     for (const MenuItem& item : menuItems()) {
         QMenu* menu = mfile_.at(std::size_t(item.top));
         if (qt::isSeparator(item)) {

@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPrintDialog>
 #include <QPrinter>
+#include <QTimer>
 
 #include "platform/qt/form1.h"
 #include "platform/qt/image1.h"
@@ -114,7 +115,19 @@ bool QtPlatform::runPrintDialog(const PrintDialogSettings& settings) {
     if (!(settings.flags & kNoSelection)) options |= QAbstractPrintDialog::PrintSelection;
     if (!(settings.flags & kNoPageNumbers)) options |= QAbstractPrintDialog::PrintPageRange;
     dialog.setOptions(options);
+    // Qt's dialog on CUPS shows its page range (the server could pick the
+    // pages) even when asked for none; hidden once it is shown, and the whole
+    // document printed whatever it held.
+    const bool noPageNumbers = settings.flags & kNoPageNumbers;
+    if (noPageNumbers)
+        QTimer::singleShot(0, &dialog, [&dialog] {
+            if (auto* range = dialog.findChild<QWidget*>(QStringLiteral("gbPrintRange"))) range->hide();
+        });
     if (dialog.exec() != QDialog::Accepted) return false;
+    if (noPageNumbers) {
+        job->printer.setPrintRange(QPrinter::AllPages);
+        job->printer.setFromTo(0, 0);
+    }
     if (!job->printer.isValid()) throw PlatformError(job->name(), "no printer is available");
     printJob_ = std::move(job);
     return true;

@@ -8,11 +8,15 @@
 #include <QMessageBox>
 #include <QSettings>
 #include <QStandardPaths>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 
 #include "platform/qt/form1.h"
 #include "platform/qt/form3.h"
@@ -47,12 +51,14 @@ QString displayText(const std::string& text) {
 
 // The store of an application: <configuration folder>/<app>/<app>.conf, in
 // the INI format, the same file on every desktop.
-QSettings openStore(const std::string& app) {
+QString storePath(const std::string& app) {
     const QString name = QString::fromStdString(app);
     const QString folder = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
-    return QSettings(folder + QLatin1Char('/') + name + QLatin1Char('/') + name + QStringLiteral(".conf"),
-                     QSettings::IniFormat);
+    return folder + QLatin1Char('/') + name + QLatin1Char('/') + name + QStringLiteral(".conf");
 }
+
+// Far more than seven options and any groups a person adds by hand.
+constexpr std::size_t kStoreLimit = 1 << 20;
 
 }  // namespace
 
@@ -322,7 +328,7 @@ void QtPlatform::requestsExpired() {
 
 std::optional<std::string> QtPlatform::readSetting(const std::string& app, const std::string& section,
                                                    const std::string& key) {
-    QSettings store = openStore(app);
+    QSettings store(storePath(app), QSettings::IniFormat);
     store.beginGroup(QString::fromStdString(section));
     const QVariant value = store.value(QString::fromStdString(key));
     if (!value.isValid()) return std::nullopt;
@@ -331,9 +337,28 @@ std::optional<std::string> QtPlatform::readSetting(const std::string& app, const
 
 void QtPlatform::writeSetting(const std::string& app, const std::string& section, const std::string& key,
                               const std::string& value) {
-    QSettings store = openStore(app);
-    store.beginGroup(QString::fromStdString(section));
-    store.setValue(QString::fromStdString(key), QString::fromStdString(value));
+    // QSettings would write through a link at the store's name into the file
+    // it points to. It changes a copy in the private folder instead (a new
+    // name each time, so that no cached copy of QSettings is taken for it),
+    // which then replaces the name the way every file is written: a new file
+    // renamed into place. Failures are not looked at, as QSettings' are not.
+    const std::string path = storePath(app).toStdString();
+    std::string copy;
+    try {
+        copy = privateFolder() + "/options" + std::to_string(++storeCopies_) + ".conf";
+        struct stat st {};
+        const bool ownFile = ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+        files::writeNew(copy, ownFile ? files::readWhole(path, kStoreLimit) : std::vector<std::uint8_t>{});
+        {
+            QSettings store(QString::fromStdString(copy), QSettings::IniFormat);
+            store.beginGroup(QString::fromStdString(section));
+            store.setValue(QString::fromStdString(key), QString::fromStdString(value));
+        }
+        std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+        files::replaceAtomically(path, files::readWhole(copy, kStoreLimit));
+    } catch (const std::exception&) {
+    }
+    if (!copy.empty()) ::unlink(copy.c_str());
 }
 
 // ---- File association -----------------------------------------------------------
@@ -366,7 +391,9 @@ bool QtPlatform::earlierCopy() {
     return handover_->earlierCopy();
 }
 
-bool QtPlatform::sendCommand(const std::string& command) { return handover_ && handover_->send(command); }
+bool QtPlatform::sendCommand(const std::string& command) {
+    return handover_ && handover_->send(commandForEarlierCopy(command));
+}
 
 void QtPlatform::setLinkTopic(const std::string& topic) {
     if (handover_) handover_->setTopic(topic);

@@ -111,6 +111,7 @@ public:
     bool settled() const { return requested_.empty(); }
 
 private:
+    int storeCopies_ = 0;  // copies of the settings store made so far
     // The size of the window without its frame: the last one asked for until
     // the window system confirms it, then the window's own.
     QSize windowSize() const;

@@ -35,6 +35,7 @@ struct OutputTest : WindowTest {
         QPageLayout::Orientation shown{};
         whenModal<QPrintDialog>([&](QPrintDialog* dialog) {
             shown = dialog->printer()->pageLayout().orientation();
+            EXPECT_TRUE(dialog->findChild<QWidget*>("gbPrintRange")->isHidden()) << "no page numbers offered";
             auto* printers = dialog->findChild<QComboBox*>("printers");
             printers->setCurrentIndex(printers->findText("Print to File (PDF)"));
             dialog->findChild<QLineEdit*>("filename")->setText(pdf);

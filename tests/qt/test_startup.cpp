@@ -35,11 +35,14 @@ TEST_F(WindowTest, WithoutAKnownGlobTheQuestionComesAndOnlyYesRegisters) {
 }
 
 // A missing or unreadable value takes its default; quitting writes all
-// seven as decimal text in their order.
+// seven as decimal text in their order. The store here is a link to a file
+// of the user's: it is read through the link and replaced by a file of its
+// own, the user's file left as it was.
 TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrder) {
     const std::string stored = "[options]\nsave=1\nsize=1\nrepeat=0\norientation=abc\nprintscale=70000\nsingle=-3\n";
     std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
-    vtest::writeFile(settingsFile(), vtest::Bytes(stored.begin(), stored.end()));
+    vtest::writeFile(data.file("notes.txt"), vtest::Bytes(stored.begin(), stored.end()));
+    std::filesystem::create_symlink(data.file("notes.txt"), settingsFile());
     loadAndShow();
     EXPECT_EQ(optionsOf(viewer().options), std::make_tuple(2, 1, 1, 0, 1, 100, -3));
     viewer().options.printscale = 55;
@@ -52,6 +55,8 @@ TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrde
     const vtest::Bytes file = vtest::readFile(settingsFile());
     EXPECT_EQ(std::string(file.begin(), file.end()),
               "[options]\ndelay=2\norientation=1\nprintscale=55\nrepeat=0\nsave=1\nsingle=-3\nsize=1\n");
+    EXPECT_EQ(vtest::readFile(data.file("notes.txt")), vtest::Bytes(stored.begin(), stored.end()));
+    EXPECT_FALSE(std::filesystem::is_symlink(settingsFile()));
 }
 
 // The options are written whether the quit goes on or not.
