@@ -130,7 +130,7 @@ TEST_F(ConvertTest, InputsThatWouldWriteOneOutputAreRefusedAndLinksAtOutputsRepl
 // an output it was replacing stays as it was, and no temporary file is left.
 TEST_F(ConvertTest, AFullDiskLeavesNoPartialFile) {
     const std::string neo = write("p.neo", 32128, 7), spu = write("q.spu", 51104, 8);
-    for (const std::string out : {dir.file("new"), dir.file("old")}) {
+    for (const std::string& out : {dir.file("new"), dir.file("old")}) {
         fs::create_directories(out);
         std::map<std::string, vtest::Bytes> before, after;
         for (const char* name : {"p.neo.bmp", "q.spu.bmp", "p.neo.png", "q.spu.png"})

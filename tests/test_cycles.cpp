@@ -72,8 +72,8 @@ TEST(Cycles, ChannelsReadFromEachFormatsBytes) {
         const char* want;
     };
     const Bytes pi1(32034), pi2(32034), pi3(32034);
-    Bytes cutShort = withDegasBlock(packedLowScreen(), 1634, {{2, 5, 2, 6}});
-    cutShort.pop_back();
+    const Bytes block = withDegasBlock(packedLowScreen(), 1634, {{2, 5, 2, 6}});
+    const Bytes cutShort(block.begin(), block.end() - 1);
     const Row rows[] = {
         {"neochrome left", neochrome(0x8000 | 0x1E, 0x8000 | 0xFD), "NEO", 1, "1..14 L3;"},
         {"neochrome right", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "NEO", 1, "0..15 R5;"},
@@ -93,8 +93,7 @@ TEST(Cycles, ChannelsReadFromEachFormatsBytes) {
          "1..3 R2;"},
         {"high: a range past 2 colours", withDegasBlock(pi3, 32034, {{0, 2, 0, 2}, {0, 1, 2, 2}}), "PI3", 3,
          "0..1 R2;"},
-        {"compressed: block behind the screen", withDegasBlock(packedLowScreen(), 1634, {{2, 5, 2, 6}}), "PC1", 1,
-         "2..5 R6;"},
+        {"compressed: block behind the screen", block, "PC1", 1, "2..5 R6;"},
         {"compressed: file ends with its screen", packedLowScreen(), "PC1", 1, ""},
         {"compressed: block cut short", cutShort, "PC1", 1, ""},
         {"tiny with cycles", tinyHeader(3, 0x4E, -54 & 0xFF), "TNY", 1, "4..14 L54;"},
@@ -193,11 +192,7 @@ TEST(Cycles, RealPicturesWithCycles) {
         const Decoded decoded = decodeWith(format, *staging, Source{file, file.size()});
         const auto animation = cycles::animationOf(format, Source{file, file.size()}, decoded);
         EXPECT_EQ(describe(animation.channels), want) << name;
-        expectFramesFollowTheSteps(cycles::paletteOf(decoded.bitmap), animation.channels, name);
-        // A frame is the decoded bitmap with its palette put in; frame 0 is the picture itself.
-        Bytes first = vtest::bytesOf(decoded.bitmap);
-        cycles::putPalette(first, animation.frames[0].palette);
-        EXPECT_EQ(first, vtest::bytesOf(decoded.bitmap)) << name;
+        EXPECT_EQ(animation.frames[0].palette, cycles::paletteOf(decoded.bitmap)) << name;
     }
 }
 
