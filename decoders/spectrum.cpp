@@ -36,7 +36,10 @@ static_assert(kSpuLength <= kSrcBytesExtent);
 // The 24-bit bitmap into s.out, which is sized for it: the header, then
 // lines 199 up to 1, bottom line first, then a black row in place of line 0.
 // Each pixel on its own: colour number from the four plane bytes, palette
-// slot from the column and colour number, levels from its colour word.
+// slot from the column and colour number, levels from its colour word. The
+// colour number and the levels are the bits that planebits and stlevel hold,
+// taken by shifts: at a table look-up each, the write-out read thirteen
+// bytes a pixel, which is most of a Spectrum decode.
 std::span<const std::uint8_t> writeOut(Staging& s, PlaneByteAt at) {
     std::uint8_t* out = s.out.data();
     std::size_t o = 0;
@@ -44,17 +47,16 @@ std::span<const std::uint8_t> writeOut(Staging& s, PlaneByteAt at) {
     for (std::size_t line = 199; line >= 1; --line) {
         const std::size_t block = 96 * line + kPaletteBase;
         for (std::size_t b = 0; b < 40; ++b) {
-            const std::uint8_t b0 = s.srcbytes[at(line, b, 0)], b1 = s.srcbytes[at(line, b, 1)];
-            const std::uint8_t b2 = s.srcbytes[at(line, b, 2)], b3 = s.srcbytes[at(line, b, 3)];
+            const unsigned b0 = s.srcbytes[at(line, b, 0)], b1 = s.srcbytes[at(line, b, 1)];
+            const unsigned b2 = s.srcbytes[at(line, b, 2)], b3 = s.srcbytes[at(line, b, 3)];
             for (int k = 7; k >= 0; --k) {
                 const int x = int(8 * b) + 7 - k;
-                const int c = s.planeBits(b0, k, 0) + s.planeBits(b1, k, 1) + s.planeBits(b2, k, 2) +
-                              s.planeBits(b3, k, 3);
+                const int c = int((b0 >> k & 1) | (b1 >> k & 1) << 1 | (b2 >> k & 1) << 2 | (b3 >> k & 1) << 3);
                 const std::size_t word = block + s.specIndex(x, c);
-                const std::uint8_t first = s.srcbytes[word], second = s.srcbytes[word + 1];
-                out[o++] = s.stLevel(second, 0);  // blue
-                out[o++] = s.stLevel(second, 1);  // green
-                out[o++] = s.stLevel(first, 0);   // red
+                const unsigned first = s.srcbytes[word], second = s.srcbytes[word + 1];
+                out[o++] = std::uint8_t((second & 7) * 36);         // blue
+                out[o++] = std::uint8_t((second >> 4 & 7) * 36);    // green
+                out[o++] = std::uint8_t((first & 7) * 36);          // red
             }
         }
     }
