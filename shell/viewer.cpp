@@ -21,11 +21,6 @@ std::string commandLineName(const std::string& cmd) {
     return cmd.substr(0, std::min<std::size_t>(std::size_t(i) + 3, cmd.size()));
 }
 
-std::string fileErrorText(const std::string& extension, const std::string& commandLine) {
-    return extension + "#" + commandLine + "#Sorry a file error has occured." + "\n" +
-           "Probably an incorrect file type or invalid picture file.";
-}
-
 Viewer::Viewer(Platform& platform) : ui(platform), staging(std::make_unique<Staging>()) {
     ui.setCommandHandler([this](const std::string& command) { Form_LinkExecute(command); });
 }
@@ -182,7 +177,7 @@ void Viewer::openpic() {
     const std::string shown = ui.fileName();
     const std::size_t slash = shown.find_last_of(kPathSeparator);
     const std::string filePart = slash == std::string::npos ? shown : shown.substr(slash + 1);
-    ui.setCaption(ui.fileNameCapitals(filePart) + " " + ui.caption());
+    ui.setCaption(captionAfterOpen(ui.fileNameCapitals(filePart), ui.caption()));
     nopicture = kFalse;
     saved = kFalse;
     menuson();

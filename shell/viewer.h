@@ -14,6 +14,7 @@
 #include "options/options.h"
 #include "platform/platform.h"
 #include "formats/formats.h"
+#include "shell/opening.h"
 #include "tools/errorbox.h"
 
 namespace velmoric {
@@ -32,8 +33,6 @@ inline constexpr const char* kOpenFilter =
 // the three characters behind it end the name.
 std::string commandLineName(const std::string& cmd);
 
-// The text of the box when a name has no decoder or the decoder rejects it.
-std::string fileErrorText(const std::string& extension, const std::string& commandLine);
 // The text of the box for an error the platform reports.
 
 class Viewer {
