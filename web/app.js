@@ -20,6 +20,7 @@ const state = {
   ready: null,    // settles once the worker has told the limit
   playing: false,
   showTimer: 0,
+  cycling: null,  // while the colour cycles play: {start, frame, request}
 };
 
 // ---- The worker -----------------------------------------------------------
@@ -83,10 +84,14 @@ function ask(message) {
 // ---- Showing ---------------------------------------------------------------
 
 function show(name, picture) {
+  stopCycles();
   canvas.width = picture.width;
   canvas.height = picture.height;
   context.putImageData(new ImageData(new Uint8ClampedArray(picture.rgba), picture.width, picture.height), 0, 0);
-  state.shown = { name, bitmap: picture.bitmap, width: picture.width, height: picture.height, kind: picture.kind };
+  state.shown = {
+    name, bitmap: picture.bitmap, rgba: picture.rgba, width: picture.width, height: picture.height, kind: picture.kind,
+    cycles: picture.cycles,
+  };
   canvas.hidden = false;
   $('welcome').hidden = true;
   layout();
@@ -156,6 +161,56 @@ function openList(files) {
   openAt(0);
 }
 
+// ---- Colour cycles ---------------------------------------------------------
+// Only the palette moves: each frame paints the same palette indices in its
+// own colours. The frame on show is chosen by the clock, so a slow display
+// skips frames instead of slowing the cycle; stopping paints the decoded
+// pixels back, so every command works on the exact picture.
+
+const TICKS_PER_SECOND = 60;
+
+function paintFrame(frame) {
+  const { cycles, width, height } = state.shown;
+  const entries = cycles.palettes.byteLength / 4 / cycles.ticks.length;
+  const colours = new Uint32Array(cycles.palettes, frame * entries * 4, entries);
+  const indices = new Uint8Array(cycles.indices);
+  const image = context.createImageData(width, height);
+  const pixels = new Uint32Array(image.data.buffer);
+  for (let i = 0; i < pixels.length; i++) pixels[i] = colours[indices[i]];
+  context.putImageData(image, 0, 0);
+}
+
+function frameAt(ms) {
+  const { ticks } = state.shown.cycles;
+  const period = ticks.reduce((a, b) => a + b, 0);
+  let tick = Math.floor((ms * TICKS_PER_SECOND) / 1000) % period;
+  let frame = 0;
+  while (tick >= ticks[frame]) tick -= ticks[frame++];
+  return frame;
+}
+
+function cycleStep(now) {
+  const cycling = state.cycling;
+  const frame = frameAt(now - cycling.start);
+  if (frame !== cycling.frame) paintFrame((cycling.frame = frame));
+  cycling.request = requestAnimationFrame(cycleStep);
+}
+
+function startCycles() {
+  if (!state.shown || !state.shown.cycles || state.cycling) return;
+  state.cycling = { start: performance.now(), frame: 0, request: requestAnimationFrame(cycleStep) };
+  updateControls();
+}
+
+function stopCycles() {
+  if (!state.cycling) return;
+  cancelAnimationFrame(state.cycling.request);
+  state.cycling = null;
+  const { rgba, width, height } = state.shown;
+  context.putImageData(new ImageData(new Uint8ClampedArray(rgba), width, height), 0, 0);
+  updateControls();
+}
+
 // ---- The slide show --------------------------------------------------------
 
 function delayMs() {
@@ -178,6 +233,7 @@ function scheduleNext() {
 
 function startShow() {
   if (state.files.length === 0) return;
+  stopCycles();
   state.playing = true;
   updateControls();
   scheduleNext();
@@ -191,6 +247,7 @@ function stopShow() {
 
 function step(index) {
   stopShow();
+  stopCycles();
   openAt(Math.max(0, Math.min(index, state.files.length - 1)));
 }
 
@@ -211,14 +268,17 @@ function pngBlob() {
 }
 
 function saveBmp() {
+  stopCycles();
   if (state.shown) download(new Blob([state.shown.bitmap], { type: 'image/bmp' }), `${state.shown.name}.bmp`);
 }
 
 async function savePng() {
+  stopCycles();
   if (state.shown) download(await pngBlob(), `${state.shown.name}.png`);
 }
 
 async function copy() {
+  stopCycles();
   if (!state.shown) return;
   try {
     await navigator.clipboard.write([new ClipboardItem({ 'image/png': pngBlob() })]);
@@ -229,6 +289,7 @@ async function copy() {
 }
 
 async function invert() {
+  stopCycles();
   if (!state.shown) return;
   const reply = await ask({ op: 'invert' }).catch((error) => ({ ok: false, text: error.message }));
   if (!reply.ok) return message('status', reply.text);
@@ -253,6 +314,9 @@ function updateControls() {
   $('save-bmp').disabled = $('save-png').disabled = none;
   $('copy').disabled = none || !window.ClipboardItem || !navigator.clipboard;
   $('invert').disabled = none || (state.shown.kind !== 3 && state.shown.kind !== 4);
+  $('cycle').disabled = none || !state.shown.cycles;
+  $('cycle').textContent = state.cycling ? 'Stop cycles' : 'Play cycles';
+  $('cycle').setAttribute('aria-pressed', String(Boolean(state.cycling)));
 }
 
 const keys = {
@@ -263,6 +327,8 @@ const keys = {
   ' ': () => (state.playing ? stopShow() : startShow()),
   f: toggleFullScreen,
   F: toggleFullScreen,
+  c: () => (state.cycling ? stopCycles() : startCycles()),
+  C: () => (state.cycling ? stopCycles() : startCycles()),
 };
 
 function wire() {
@@ -276,6 +342,7 @@ function wire() {
   $('save-png').onclick = savePng;
   $('copy').onclick = copy;
   $('invert').onclick = invert;
+  $('cycle').onclick = keys.c;
   $('fullscreen').onclick = toggleFullScreen;
 
   document.addEventListener('keydown', (event) => {

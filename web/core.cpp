@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "cycles/cycles.h"
 #include "formats/formats.h"
 #include "platform/picture.h"
 #include "shell/opening.h"
@@ -21,6 +22,12 @@ struct Shown {
     std::vector<std::uint8_t> rgba;    // its pixels, top row first, for the canvas
     int width = 0, height = 0;
     int kind = 0;
+    // Its colour cycles, when they play: the palette of each frame as RGBA
+    // entries one after another, how many ticks each shows, and the palette
+    // index of every pixel, top row first.
+    std::vector<std::uint8_t> palettes;
+    std::vector<std::int32_t> ticks;
+    std::vector<std::uint8_t> indices;
 };
 
 Staging& staging() {
@@ -36,8 +43,23 @@ std::vector<std::uint8_t> input(kSourceLimit);
 Shown shown;
 std::string text;  // the caption after a success, the message after a failure
 
-void show(std::vector<std::uint8_t> bitmap, int kind) {
+// The frames of a picture's cycles, for the page to paint; none for a still one.
+void keepCycles(const Picture& picture, const cycles::Animation& animation) {
+    shown.palettes.clear();
+    shown.ticks.clear();
+    shown.indices.clear();
+    if (!animation.animated()) return;
+    for (const cycles::Frame& f : animation.frames) {
+        for (const cycles::Colour& c : f.palette) shown.palettes.insert(shown.palettes.end(), {c[2], c[1], c[0], 255});
+        shown.ticks.push_back(f.ticks);
+    }
+    for (int y = 0; y < picture.height(); ++y)
+        for (int x = 0; x < picture.width(); ++x) shown.indices.push_back(std::uint8_t(picture.paletteIndex(x, y)));
+}
+
+void show(std::vector<std::uint8_t> bitmap, int kind, const cycles::Animation& animation = {}) {
     const Picture picture = Picture::fromBitmapBytes(bitmap);
+    keepCycles(picture, animation);
     shown.rgba.clear();
     shown.rgba.reserve(std::size_t(picture.width()) * picture.height() * 4);
     for (const std::uint32_t rgb : picture.toRgb())
@@ -64,19 +86,19 @@ std::size_t vm_source_limit() { return kSourceLimit; }
 int vm_open(const char* name, const char* capitals, std::size_t size) {
     const std::string extension = extensionOf(name);
     const Format* format = findFormat(extension);
-    const Decoded decoded = format ? decodeWith(*format, staging(), Source{{input.data(), size}, size})
-                                   : rejectedSource();
+    const Source source{{input.data(), size}, size};
+    const Decoded decoded = format ? decodeWith(*format, staging(), source) : rejectedSource();
     if (decoded.rejected) {
         text = fileErrorText(extension, "");
         return 0;
     }
-    show({decoded.bitmap.begin(), decoded.bitmap.end()}, decoded.kind);
+    show({decoded.bitmap.begin(), decoded.bitmap.end()}, decoded.kind, cycles::animationOf(*format, source, decoded));
     text = captionAfterOpen(capitals, decoded.caption);
     return 1;
 }
 
 // Swaps black and white in a mono picture on show; 0 and the message for
-// any other.
+// any other. The cycles belong to the decoded picture, not to its inverse.
 int vm_invert() {
     if (!tools::isMonoKind(shown.kind)) {
         text = tools::kNotMonoText;
@@ -105,5 +127,11 @@ const std::uint8_t* vm_rgba() { return shown.rgba.data(); }
 int vm_width() { return shown.width; }
 int vm_height() { return shown.height; }
 int vm_kind() { return shown.kind; }
+// The colour cycles of the picture on show: 0 frames when it has none.
+std::size_t vm_frame_count() { return shown.ticks.size(); }
+const std::int32_t* vm_frame_ticks() { return shown.ticks.data(); }
+const std::uint8_t* vm_frame_palettes() { return shown.palettes.data(); }
+std::size_t vm_frame_palettes_size() { return shown.palettes.size(); }
+const std::uint8_t* vm_indices() { return shown.indices.data(); }
 
 }  // extern "C"

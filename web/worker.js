@@ -17,6 +17,18 @@ function copyOut(core, at, size) {
   return core.HEAPU8.slice(at, at + size).buffer;
 }
 
+// The colour cycles of the picture on show, or null: the frames' palettes as
+// RGBA entries one after another, their ticks, and each pixel's index.
+function cyclesOf(core, width, height) {
+  const frames = core._vm_frame_count();
+  if (frames < 2) return null;
+  return {
+    ticks: Array.from(new Int32Array(core.HEAPU8.buffer, core._vm_frame_ticks(), frames)),
+    palettes: copyOut(core, core._vm_frame_palettes(), core._vm_frame_palettes_size()),
+    indices: copyOut(core, core._vm_indices(), width * height),
+  };
+}
+
 // The picture on show now, with its bitmap and pixels as transferable copies.
 function pictureOf(core) {
   const width = core._vm_width(), height = core._vm_height();
@@ -24,6 +36,7 @@ function pictureOf(core) {
     bitmap: copyOut(core, core._vm_bitmap(), core._vm_bitmap_size()),
     rgba: copyOut(core, core._vm_rgba(), width * height * 4),
     width, height, kind: core._vm_kind(),
+    cycles: cyclesOf(core, width, height),
   };
 }
 

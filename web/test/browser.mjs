@@ -125,7 +125,8 @@ try {
     const path = join(scratch, name);
     writeFileSync(path, bytes);
     await open([path]);
-    await page.waitForFunction(() => document.getElementById('error').textContent !== '', { timeout: 10000 }).catch(() => {});
+    await page.waitForFunction((n) => document.getElementById('error').textContent.startsWith(`${n}: `),
+      { timeout: 10000 }, name).catch(() => {});
     const now = await shown();
     check(now.error.startsWith(`${name}: `) && now.error.includes(text), `${name}: error "${now.error}"`);
     check(now.caption === before.caption && now.pixels === before.pixels, `${name}: the picture on show changed`);
@@ -148,6 +149,30 @@ try {
     check((await shown()).pixels === sha256(once), `kind ${kind}: the canvas does not show the inverted bitmap`);
     await page.click('#invert');
     check(sha256(await saveBmp()) === row.sha, `kind ${kind}: two inversions do not give the picture back`);
+  }
+
+  // Colour cycles: the key C plays them on the canvas alone; a save stops
+  // them and writes the exact bitmap, and the canvas shows its pixels again.
+  // A picture without cycles offers none.
+  const corpus = table('corpus', 'expected/corpus.tsv');
+  for (const [name, cycles] of [['LOGO.PC1', true], ['00471.PI1', true], ['DIEGO.NEO', false]]) {
+    const row = corpus.find((r) => basename(r.path) === name);
+    await open([row.path]);
+    await settled(`${name} ${row.caption}`);
+    const still = await shown();
+    check(await page.$eval('#cycle', (b) => b.disabled) === !cycles, `${name}: #cycle offered ${!cycles}`);
+    if (!cycles) continue;
+    await page.keyboard.press('c');
+    const moved = await page.waitForFunction(async (before) => {
+      const canvas = document.getElementById('picture');
+      const data = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height).data;
+      const digest = new Uint8Array(await crypto.subtle.digest('SHA-256', data));
+      return Array.from(digest, (b) => b.toString(16).padStart(2, '0')).join('') !== before;
+    }, { timeout: 5000, polling: 20 }, still.pixels).catch(() => null);
+    check(moved !== null, `${name}: no colour moved`);
+    check(await page.$eval('#cycle', (b) => b.getAttribute('aria-pressed')) === 'true', `${name}: #cycle not pressed`);
+    check(sha256(await saveBmp()) === row.sha, `${name}: a save while cycling is not the exact bitmap`);
+    check((await shown()).pixels === still.pixels, `${name}: the decoded pixels are not back after a save`);
   }
 
   // Nothing was asked of another origin, and the page's policy forbids it.
