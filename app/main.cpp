@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/qt/form1.h"
+#include "platform/xdg_association.h"
 
 int main(int argc, char** argv) {
     // The arguments are the file to open, exactly as given: Qt sees none of
@@ -12,6 +13,8 @@ int main(int argc, char** argv) {
     const std::vector<std::string> arguments(argv + 1, argv + argc);
     int qtArgc = 1;
     QApplication app(qtArgc, argv);
+    // Wayland compositors match the window to its desktop entry by this name.
+    QGuiApplication::setDesktopFileName(QString::fromLatin1(velmoric::xdg::kApplicationId));
 
     velmoric::qt::QtPlatform platform(arguments);
     velmoric::qt::Form1 form(platform);

@@ -33,8 +33,6 @@ inline constexpr const char* kOpenFilter =
 // the three characters behind it end the name.
 std::string commandLineName(const std::string& cmd);
 
-// The text of the box for an error the platform reports.
-
 class Viewer {
 public:
     explicit Viewer(Platform& platform);
