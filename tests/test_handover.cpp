@@ -19,11 +19,7 @@ struct HandoverTest : ::testing::Test {
     vtest::TempDir dir;
     std::shared_ptr<HeadlessBus> bus = std::make_shared<HeadlessBus>();
 
-    std::string picture(const std::string& name, std::uint32_t seed) {
-        const std::string path = dir.file(name);
-        vtest::writeFile(path, vtest::randomBytes(32128, seed));
-        return path;
-    }
+    std::string picture(const std::string& name, std::uint32_t seed) { return dir.random(name, 32128, seed); }
     // A copy after Form_Load; `tick` runs the first tick of its timer.
     std::unique_ptr<Copy> start(const std::string& commandLine, int single = 0, bool tick = true) {
         auto copy = std::make_unique<Copy>();
@@ -98,8 +94,7 @@ TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {
     };
     first->v.Timer1_Timer();
     EXPECT_TRUE(first->ui.label.starts_with("INNER.NEO  ")) << first->ui.label;
-    auto s = vtest::freshStaging();
-    EXPECT_EQ(first->ui.image.bytes(), vtest::bytesOf(vtest::decodeAs(*s, vtest::readFile(inner), "NEO").bitmap));
+    EXPECT_EQ(first->ui.image.bytes(), vtest::decodeFresh(vtest::readFile(inner), "NEO"));
     EXPECT_EQ(first->ui.yields, 4) << "two yields of each open";
     EXPECT_EQ(first->v.openmode, 0);
     EXPECT_TRUE(first->ui.allCommandsEnabled());

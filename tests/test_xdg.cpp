@@ -28,10 +28,7 @@ struct XdgTest : ::testing::Test {
         fs::create_directories(fs::path(dir.file(relative)).parent_path());
         vtest::writeFile(dir.file(relative), vtest::Bytes(text.begin(), text.end()));
     }
-    std::string text(const std::string& relative) {
-        const auto b = vtest::readFile(dir.file(relative));
-        return std::string(b.begin(), b.end());
-    }
+    std::string text(const std::string& relative) { return vtest::readText(dir.file(relative)); }
 };
 
 // ---- The first-run test ----------------------------------------------------
@@ -90,7 +87,7 @@ TEST_F(XdgTest, WritesThePackageTheEntryAndTheDefaultsThroughALinkedList) {
     EXPECT_TRUE(apps.starts_with("[Default Applications]\ntext/plain=gedit.desktop;\n")) << apps;
     EXPECT_NE(apps.find(";\n\n[Added Associations]\n"), std::string::npos) << apps;
     for (const char* folder : {"config", "dotfiles", "data/applications", "data/mime/packages"})
-        EXPECT_EQ(std::distance(fs::directory_iterator(dir.file(folder)), {}), 1) << "a temporary in " << folder;
+        EXPECT_EQ(vtest::entryCount(dir.file(folder)), 1) << "a temporary in " << folder;
     EXPECT_TRUE(xdg::globKnownIn(folders, "spu")) << "the package alone answers the first-run test";
     // The update tools, where installed, compile the user's MIME database.
     xdg::runUpdateTools(folders);

@@ -66,7 +66,7 @@ struct SlideShowTest : WindowTest {
         platform = std::move(scripted);
         form = std::make_unique<Form1>(*platform);
         for (const std::string& name : names)
-            vtest::writeFile(folder.file(name), vtest::randomBytes(name.ends_with("spu") ? 51103 : 32128, 1));
+            folder.random(name, name.ends_with("spu") ? 51103 : 32128, 1);
         loadAndShow();
         viewer().options.delay = std::int16_t(delay);
         viewer().options.repeat = std::int16_t(repeat);
