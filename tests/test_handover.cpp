@@ -35,12 +35,9 @@ struct HandoverTest : ::testing::Test {
 };
 
 TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
-    const struct {
-        const char* what;
-        int firstSingle, secondSingle;
-        bool firstAnswers, secondEnds;
-        const char* topics;  // the first copy's, then the second's
-    } rows[] = {
+    // The topics: the first copy's, then the second's.
+    struct Row { const char* what; int firstSingle, secondSingle; bool firstAnswers, secondEnds; const char* topics; };
+    const Row rows[] = {
         {"one copy takes all", 0, 0, true, true, "cmdLine Form1"},
         {"each start its own copy", 1, 1, true, false, "Form1 Form1"},
         {"first copy on its own, second asks", 1, 0, true, false, "Form1 cmdLine"},

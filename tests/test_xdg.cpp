@@ -34,11 +34,7 @@ struct XdgTest : ::testing::Test {
 // ---- The first-run test ----------------------------------------------------
 
 TEST_F(XdgTest, AnyProgramsGlobInAnyDatabaseOrTheUsersOwnPackageCounts) {
-    const struct {
-        const char* file;
-        const char* text;
-        bool known;
-    } cases[] = {
+    const struct { const char *file, *text; bool known; } cases[] = {
         {"data/mime/globs2", "50:image/x-other:*.spu\n", true},
         {"sys2/mime/globs2", "# comment\n50:application/x-spectrum:*.spu\n", true},
         {"sys1/mime/globs2", "50:image/x-other:*.SPU:cs\n", true},
@@ -99,30 +95,16 @@ TEST(XdgMimeApps, OurLinesJoinTheirGroupsAndEveryOtherLineStays) {
     a.types = {{"a", "image/x-a", "", {}}, {"b", "image/x-b", "", {}}};
     // "@" stands for the viewer's desktop entry.
     const auto ours = [](const char* text) { return std::regex_replace(text, std::regex("@"), kEntry); };
+    // Each group on a line or two.
     const std::string before = ours(
-        "[Default Applications]\n"
-        "text/plain=gedit.desktop;\n"
-        "image/x-b=certs.desktop;\n"
-        "image/x-b=again.desktop;\n"
-        "\n"
-        "[Added Associations]\n"
-        "image/png=gimp.desktop;\n"
-        "image/x-a = other.desktop;@;more.desktop\n"
-        "\n"
-        "[Removed Associations]\n"
-        "image/x-a=old.desktop;\n");
-    EXPECT_EQ(xdg::mergedMimeApps(before, a), ours("[Default Applications]\n"
-                                                  "text/plain=gedit.desktop;\n"
-                                                  "image/x-b=@;\n"
-                                                  "image/x-a=@;\n"
-                                                  "\n"
-                                                  "[Added Associations]\n"
-                                                  "image/png=gimp.desktop;\n"
-                                                  "image/x-a=@;other.desktop;more.desktop;\n"
-                                                  "image/x-b=@;\n"
-                                                  "\n"
-                                                  "[Removed Associations]\n"
-                                                  "image/x-a=old.desktop;\n"));
+        "[Default Applications]\ntext/plain=gedit.desktop;\nimage/x-b=certs.desktop;\nimage/x-b=again.desktop;\n\n"
+        "[Added Associations]\nimage/png=gimp.desktop;\nimage/x-a = other.desktop;@;more.desktop\n\n"
+        "[Removed Associations]\nimage/x-a=old.desktop;\n");
+    EXPECT_EQ(xdg::mergedMimeApps(before, a),
+              ours("[Default Applications]\ntext/plain=gedit.desktop;\nimage/x-b=@;\nimage/x-a=@;\n\n"
+                   "[Added Associations]\nimage/png=gimp.desktop;\nimage/x-a=@;other.desktop;more.desktop;\n"
+                   "image/x-b=@;\n\n"
+                   "[Removed Associations]\nimage/x-a=old.desktop;\n"));
 }
 
 }  // namespace
