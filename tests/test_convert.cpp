@@ -30,12 +30,6 @@ struct ConvertTest : ::testing::Test {
         console = {};
         return runConvert(args, console);
     }
-    // A file of random bytes in the folder; its path.
-    std::string write(const std::string& name, std::size_t size, std::uint32_t seed) {
-        fs::create_directories(fs::path(dir.file(name)).parent_path());
-        vtest::writeFile(dir.file(name), vtest::randomBytes(size, seed));
-        return dir.file(name);
-    }
 };
 
 // Each kind of bitmap as a PNG: the smallest fitting form, and every pixel
@@ -73,7 +67,7 @@ TEST_F(ConvertTest, PngHoldsExactlyTheBitmapsPixels) {
 
 TEST_F(ConvertTest, InfoPrintsOneLinePerPictureOfTheFolder) {
     // The one in the sub-folder is not looked at without -r.
-    for (const char* name : {"in/a.neo", "in/B.PI1", "in/notes.txt", "in/sub/c.neo"}) write(name, 32128, 1);
+    for (const char* name : {"in/a.neo", "in/B.PI1", "in/notes.txt", "in/sub/c.neo"}) dir.random(name, 32128, 1);
     ASSERT_EQ(run({"--info", dir.file("in")}), 0);
     EXPECT_EQ(console.outText, dir.file("in/B.PI1") + "\tDegas 320*200 16 Colour\t1\t320x200\n" +
                                    dir.file("in/a.neo") + "\tNeo 320*200 16 Colour\t1\t320x200\n");
@@ -105,14 +99,14 @@ TEST_F(ConvertTest, SpecialFilesAndAFolderWithoutPicturesGiveAnErrorLineAndCreat
 // by their folders they are written, and a link standing at an output's
 // name is replaced, not followed.
 TEST_F(ConvertTest, InputsThatWouldWriteOneOutputAreRefusedAndLinksAtOutputsReplaced) {
-    const std::string a = write("a/X.PI1", 32034, 4), b = write("b/X.PI1", 32034, 5);
+    const std::string a = dir.random("a/X.PI1", 32034, 4), b = dir.random("b/X.PI1", 32034, 5);
     const std::string output = dir.file("D/X.PI1.bmp");
-    EXPECT_EQ(run({"-o", dir.file("D"), write("a/Y.PI1", 32034, 6), a, b}), 2);
+    EXPECT_EQ(run({"-o", dir.file("D"), dir.random("a/Y.PI1", 32034, 6), a, b}), 2);
     EXPECT_EQ(err, a + ": " + b + " would be written to the same file " + output + "\n" + b + ": " + a +
                        " would be written to the same file " + output + "\n");
     EXPECT_FALSE(fs::exists(dir.file("D")));
     // On a folder that ignores case the two would overwrite each other.
-    EXPECT_EQ(run({"-o", dir.file("D"), a, write("c/x.pi1", 32034, 6)}), 2);
+    EXPECT_EQ(run({"-o", dir.file("D"), a, dir.random("c/x.pi1", 32034, 6)}), 2);
     EXPECT_FALSE(fs::exists(dir.file("D")));
     fs::remove_all(dir.file("c"));
 
@@ -129,7 +123,7 @@ TEST_F(ConvertTest, InputsThatWouldWriteOneOutputAreRefusedAndLinksAtOutputsRepl
 // child process: the converter reports it and leaves no file, whole or part;
 // an output it was replacing stays as it was, and no temporary file is left.
 TEST_F(ConvertTest, AFullDiskLeavesNoPartialFile) {
-    const std::string neo = write("p.neo", 32128, 7), spu = write("q.spu", 51104, 8);
+    const std::string neo = dir.random("p.neo", 32128, 7), spu = dir.random("q.spu", 51104, 8);
     for (const std::string& out : {dir.file("new"), dir.file("old")}) {
         fs::create_directories(out);
         std::map<std::string, vtest::Bytes> before, after;

@@ -42,9 +42,8 @@ TEST(Crack, PackedStreamsLayTheScreenOfTheUnpackedFile) {
         // Where the file's pixels or packing fields begin, and the bitmap's pixels: a CA2's
         // bitmap has 12 palette entries more, read from what follows its four colours.
         for (const auto& [ext, bodyAt, pixelsAt] : {std::tuple{"CA1", 36, 118}, {"CA2", 12, 118}, {"CA3", 4, 62}}) {
-            const auto plain = vtest::freshStaging(), packed = vtest::freshStaging();
-            const Bytes a = vtest::bytesOf(vtest::decodeAs(*plain, crackFile(bodyAt, 0, screen), ext).bitmap);
-            const Bytes b = vtest::bytesOf(vtest::decodeAs(*packed, crackFile(bodyAt, 1, fields), ext).bitmap);
+            const Bytes a = vtest::decodeFresh(crackFile(bodyAt, 0, screen), ext);
+            const Bytes b = vtest::decodeFresh(crackFile(bodyAt, 1, fields), ext);
             EXPECT_EQ(Bytes(a.begin() + pixelsAt, a.end()), Bytes(b.begin() + pixelsAt, b.end()))
                 << ext << ": " << name;
         }
@@ -60,9 +59,7 @@ TEST(MacPaint, ThePictureStartsAt640WhenEitherHeaderByteIsNotZero) {
         file[1] = std::uint8_t(one), file[2] = std::uint8_t(two);
         file.insert(file.end(), 128, 0xC1);
         for (int run = 0; run < 405; ++run) file.insert(file.end(), {0x81, 0x00});
-        const auto s = vtest::freshStaging();
-        const Bytes bitmap = vtest::bytesOf(vtest::decodeAs(*s, file, "MAC").bitmap);
-        EXPECT_EQ(bitmap.back(), one == 0 && two == 0 ? 0x3E : 0xFF) << one << " " << two;
+        EXPECT_EQ(vtest::decodeFresh(file, "MAC").back(), one == 0 && two == 0 ? 0x3E : 0xFF) << one << " " << two;
     }
 }
 

@@ -18,10 +18,6 @@ std::string describe(const std::vector<Channel>& channels) {
     return out;
 }
 
-std::vector<Channel> channelsOf(const Bytes& file, const char* ext, int kind) {
-    return cycles::readChannels(*findFormat(ext), Source{file, file.size()}, kind);
-}
-
 void putBig16(Bytes& b, std::size_t at, int v) {
     b[at] = std::uint8_t(v >> 8);
     b[at + 1] = std::uint8_t(v);
@@ -31,12 +27,9 @@ void putBig16(Bytes& b, std::size_t at, int v) {
 // (0 left, 1 off, 2 right) and ticks, kept as 128 - ticks.
 Bytes withDegasBlock(Bytes file, std::size_t at, std::vector<std::array<int, 4>> channels) {
     file.resize(std::max(file.size(), at + 32));
-    for (std::size_t c = 0; c < channels.size(); ++c) {
-        putBig16(file, at + 2 * c, channels[c][0]);
-        putBig16(file, at + 8 + 2 * c, channels[c][1]);
-        putBig16(file, at + 16 + 2 * c, channels[c][2]);
-        putBig16(file, at + 24 + 2 * c, 128 - channels[c][3]);
-    }
+    for (std::size_t c = 0; c < channels.size(); ++c)
+        for (std::size_t field = 0; field < 4; ++field)
+            putBig16(file, at + 8 * field + 2 * c, field == 3 ? 128 - channels[c][3] : channels[c][field]);
     return file;
 }
 
@@ -55,22 +48,14 @@ Bytes packedLowScreen() {
     return b;
 }
 
-Bytes tinyHeader(int first, int range, int speed) {
-    Bytes b(200);
-    b[0] = std::uint8_t(first);
-    b[1] = std::uint8_t(range);
-    b[2] = std::uint8_t(speed);
+Bytes tinyHeader(std::uint8_t first, std::uint8_t range, std::uint8_t speed) {
+    Bytes b = {first, range, speed};
+    b.resize(200);
     return b;
 }
 
 TEST(Cycles, ChannelsReadFromEachFormatsBytes) {
-    struct Row {
-        const char* what;
-        Bytes file;
-        const char* ext;
-        int kind;
-        const char* want;
-    };
+    struct Row { const char* what; Bytes file; const char* ext; int kind; const char* want; };
     const Bytes pi1(32034), pi2(32034), pi3(32034);
     const Bytes block = withDegasBlock(packedLowScreen(), 1634, {{2, 5, 2, 6}});
     const Bytes cutShort(block.begin(), block.end() - 1);
@@ -103,7 +88,8 @@ TEST(Cycles, ChannelsReadFromEachFormatsBytes) {
         {"spectrum has none", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "SPU", 1, ""},
     };
     for (const Row& r : rows) {
-        EXPECT_EQ(describe(channelsOf(r.file, r.ext, r.kind)), r.want) << r.what;
+        const auto channels = cycles::readChannels(*findFormat(r.ext), Source{r.file, r.file.size()}, r.kind);
+        EXPECT_EQ(describe(channels), r.want) << r.what;
     }
 }
 
@@ -120,11 +106,7 @@ std::string order(const cycles::Palette& p) {
 }
 
 TEST(Cycles, StepsMoveOnlyTheRangeAndOverlappingChannelsApplyInOrder) {
-    struct Row {
-        std::vector<Channel> channels;
-        long long tick;
-        const char* want;
-    };
+    struct Row { std::vector<Channel> channels; long long tick; const char* want; };
     const Row rows[] = {
         {{{1, 4, Direction::left, 2}}, 1, "abcdefgh"},
         {{{1, 4, Direction::left, 2}}, 2, "acdebfgh"},

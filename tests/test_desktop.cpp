@@ -36,9 +36,7 @@ TEST(DesktopPicture, APlainPictureCutAfterItsFirstRowsShowsThemLinesDoubled) {
 }
 
 TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean) {
-    const struct {
-        int width, height, size, thumbWidth, thumbHeight;
-    } cases[] = {
+    const struct { int width, height, size, thumbWidth, thumbHeight; } cases[] = {
         {320, 200, 128, 128, 80},  {640, 400, 256, 256, 160}, {576, 720, 256, 205, 256},  {320, 200, 512, 320, 200},
         {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720},
     };
@@ -67,12 +65,8 @@ TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean)
 TEST(DesktopThumbnail, RefusalsNameTheFileAndTheReason) {
     vtest::TempDir dir;
     const std::string out = dir.file("x.png");
-    const struct {
-        const char* name;
-        vtest::Bytes start;
-        long long length;  // of the file, its start filled up with zeros; -1: no file
-        std::string reason;
-    } cases[] = {
+    // The length of the file, its start filled up with zeros; -1: no file.
+    const struct { const char* name; vtest::Bytes start; long long length; std::string reason; } cases[] = {
         {"a.Neo", {}, 0, "the file is empty"},
         {"a.spu", {}, 100, "not a valid Spectrum 512 file"},
         {"a.pc1", {}, 100, "the file ends before the picture does"},

@@ -90,10 +90,8 @@ TEST(GifOutput, FramesArePaletteRotationsWithTheirDelaysAndStillsStayOneFrame) {
 
 TEST(GifOutput, DelaysKeepTheRunningTotalTrue) {
     const std::pair<std::vector<int>, std::vector<int>> rows[] = {
-        {{3, 3, 3}, {5, 5, 5}},
-        {{2, 2, 2, 2, 2, 2}, {3, 4, 3, 3, 4, 3}},
-        {{127, 127}, {212, 211}},
-        {{1, 1, 1}, {2, 1, 2}},
+        {{3, 3, 3}, {5, 5, 5}}, {{2, 2, 2, 2, 2, 2}, {3, 4, 3, 3, 4, 3}},
+        {{127, 127}, {212, 211}}, {{1, 1, 1}, {2, 1, 2}},
     };
     for (const auto& [ticks, hundredths] : rows) {
         std::vector<cycles::Frame> frames;

@@ -19,11 +19,7 @@ struct HandoverTest : ::testing::Test {
     vtest::TempDir dir;
     std::shared_ptr<HeadlessBus> bus = std::make_shared<HeadlessBus>();
 
-    std::string picture(const std::string& name, std::uint32_t seed) {
-        const std::string path = dir.file(name);
-        vtest::writeFile(path, vtest::randomBytes(32128, seed));
-        return path;
-    }
+    std::string picture(const std::string& name, std::uint32_t seed) { return dir.random(name, 32128, seed); }
     // A copy after Form_Load; `tick` runs the first tick of its timer.
     std::unique_ptr<Copy> start(const std::string& commandLine, int single = 0, bool tick = true) {
         auto copy = std::make_unique<Copy>();
@@ -39,12 +35,9 @@ struct HandoverTest : ::testing::Test {
 };
 
 TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
-    const struct {
-        const char* what;
-        int firstSingle, secondSingle;
-        bool firstAnswers, secondEnds;
-        const char* topics;  // the first copy's, then the second's
-    } rows[] = {
+    // The topics: the first copy's, then the second's.
+    struct Row { const char* what; int firstSingle, secondSingle; bool firstAnswers, secondEnds; const char* topics; };
+    const Row rows[] = {
         {"one copy takes all", 0, 0, true, true, "cmdLine Form1"},
         {"each start its own copy", 1, 1, true, false, "Form1 Form1"},
         {"first copy on its own, second asks", 1, 0, true, false, "Form1 cmdLine"},
@@ -98,8 +91,7 @@ TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {
     };
     first->v.Timer1_Timer();
     EXPECT_TRUE(first->ui.label.starts_with("INNER.NEO  ")) << first->ui.label;
-    auto s = vtest::freshStaging();
-    EXPECT_EQ(first->ui.image.bytes(), vtest::bytesOf(vtest::decodeAs(*s, vtest::readFile(inner), "NEO").bitmap));
+    EXPECT_EQ(first->ui.image.bytes(), vtest::decodeFresh(vtest::readFile(inner), "NEO"));
     EXPECT_EQ(first->ui.yields, 4) << "two yields of each open";
     EXPECT_EQ(first->v.openmode, 0);
     EXPECT_TRUE(first->ui.allCommandsEnabled());

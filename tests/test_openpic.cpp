@@ -17,8 +17,7 @@ TEST_F(OpenTest, NoNameChangesNothingAndAPictureShows) {
     EXPECT_TRUE(snapshot() == start) << ui.label;
     EXPECT_EQ(ui.repaints, 0);
 
-    const std::string path = dir.file("first.pi1");
-    vtest::writeFile(path, vtest::randomBytes(32034, 4));
+    const std::string path = dir.random("first.pi1", 32034, 4);
     ui.selectorAnswers.push_back(path);
     bool offDuringYield = false;
     ui.onYield = [&] { offDuringYield = offDuringYield || ui.allCommandsDisabled(); };

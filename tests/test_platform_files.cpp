@@ -18,8 +18,7 @@ namespace {
 
 TEST(Files, ReadStopsAtTheLimit) {
     vtest::TempDir dir;
-    const auto path = dir.file("big.ca1");
-    vtest::writeFile(path, vtest::randomBytes(70000, 1));
+    const auto path = dir.random("big.ca1", 70000, 1);
     const SourceData d = files::readSource(path, 65533);
     EXPECT_EQ(std::make_pair(d.bytes.size(), d.length), std::make_pair(std::size_t(65533), std::uint64_t(70000)));
     EXPECT_EQ(files::readSource(path, 100000).bytes.size(), 70000u);
@@ -84,7 +83,7 @@ TEST(Files, ReplaceAtomicallyLeavesOnlyTheNewBytes) {
         EXPECT_FALSE(fs::is_symlink(path));
         EXPECT_EQ(vtest::readFile(target), vtest::Bytes{7});
         EXPECT_FALSE(fs::exists(elsewhere.file("none")));
-        EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()), 1);
+        EXPECT_EQ(vtest::entryCount(dir.path()), 1);
         const auto expected = before == Before::File0600 ? fs::perms(0600) : fs::perms(0666 & ~mask);
         EXPECT_EQ(fs::status(path).permissions(), expected);
     }
@@ -111,8 +110,7 @@ TEST_F(TemporaryBitmap, IsNeverWrittenThroughWhatIsPlantedThere) {
     enum Planted { DeleteFails, LinkToUsersFile, DanglingLink, RegularFile };
     for (Planted planted : {DeleteFails, LinkToUsersFile, DanglingLink, RegularFile}) {
         SCOPED_TRACE(planted);
-        const std::string picture = dir.file("p" + std::to_string(planted) + ".pi3");
-        vtest::writeFile(picture, vtest::randomBytes(32034, planted));
+        const std::string picture = dir.random("p" + std::to_string(planted) + ".pi3", 32034, planted);
         fs::remove(target);
         fs::remove(temporary);
         if (planted == LinkToUsersFile) vtest::writeFile(target, keys);

@@ -15,8 +15,7 @@ namespace {
 using Robustness = vtest::ViewerTest;
 
 TEST_F(Robustness, FailuresKeepThePreviousPicture) {
-    const std::string good = dir.file("first.pi1");
-    vtest::writeFile(good, vtest::randomBytes(32034, 4));
+    const std::string good = dir.random("first.pi1", 32034, 4);
     openNamed(good);
     v.saved = kTrue;  // as after a save
 
@@ -24,8 +23,8 @@ TEST_F(Robustness, FailuresKeepThePreviousPicture) {
     // Files their decoders turn down: a Tiny resolution byte out of range and
     // Spectrum files one byte short or long.
     vtest::writeFile(dir.file("bad.tn1"), {6, 0, 0, 0});
-    vtest::writeFile(dir.file("short.spu"), vtest::randomBytes(51103, 7));
-    vtest::writeFile(dir.file("long.spu"), vtest::randomBytes(51105, 8));
+    dir.random("short.spu", 51103, 7);
+    dir.random("long.spu", 51105, 8);
     ASSERT_EQ(::mkfifo(dir.file("x.pi1").c_str(), 0600), 0);
     fs::create_symlink("/dev/null", dir.file("x.neo"));
     fs::create_directories(ui.temporaryBitmapPath());
@@ -50,8 +49,7 @@ TEST_F(Robustness, FailuresKeepThePreviousPicture) {
                    ": cannot replace: Is a directory"},
     };
     if (::geteuid() != 0) {  // root reads a file of mode 000 all the same
-        vtest::writeFile(dir.file("locked.pi1"), vtest::randomBytes(32034, 9));
-        fs::permissions(dir.file("locked.pi1"), fs::perms::none);
+        fs::permissions(dir.random("locked.pi1", 32034, 9), fs::perms::none);
         cases.push_back({dir.file("locked.pi1"), systemError("locked.pi1", "cannot read: Permission denied")});
     }
     for (const Case& c : cases) {

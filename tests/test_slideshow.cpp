@@ -47,7 +47,7 @@ using SlideShow = vtest::ViewerTest;
 
 TEST_F(SlideShow, OneYieldForEachOtherFileAndOneWaitForEachPictureUntilAClick) {
     const fs::path before = fs::current_path();
-    for (const char* name : {"a.neo", "b.txt", "c", "d.PI1"}) vtest::writeFile(dir.file(name), vtest::randomBytes(32128, 1));
+    for (const char* name : {"a.neo", "b.txt", "c", "d.PI1"}) dir.random(name, 32128, 1);
     std::vector<std::string> yielded;
     ui.onYield = [&] {
         yielded.push_back(ui.fileName());

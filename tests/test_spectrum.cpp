@@ -4,12 +4,9 @@
 #include "support.h"
 
 using vtest::Bytes;
+using vtest::decodeFresh;
 
 namespace {
-
-Bytes decodeFresh(const Bytes& file, const char* ext) {
-    return vtest::bytesOf(vtest::decodeAs(*vtest::freshStaging(), file, ext).bitmap);
-}
 
 // Planes packed as literal copies of up to 128 bytes behind a header whose
 // D (the offset of the colours) is 31840 plus the 249 control bytes.

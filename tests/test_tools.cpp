@@ -14,8 +14,8 @@ namespace {
 struct ToolsTest : vtest::ViewerTest {
     // Opens a picture of random bytes; gives the bitmap a fresh decode of it writes.
     Bytes open(const std::string& ext, std::uint32_t seed = 1) {
-        const std::string path = dir.file(std::to_string(seed) + "." + ext);
-        vtest::writeFile(path, vtest::randomBytes(ext == "SPU" ? 51104 : ext == "MAC" ? 52000 : 32034, seed));
+        const std::string path =
+            dir.random(std::to_string(seed) + "." + ext, ext == "SPU" ? 51104 : ext == "MAC" ? 52000 : 32034, seed);
         openNamed(path);
         return decodeFile(path).bitmap;
     }
@@ -54,7 +54,7 @@ TEST_F(ToolsTest, ASaveIntoAFolderThatCannotBeWrittenShowsTheErrorBoxAndLeavesNo
     ASSERT_EQ(ui.messages.size(), 1u);
     EXPECT_TRUE(ui.messages[0].text.starts_with(errorBoxText(dir.file("new.BMP") + ": "))) << ui.messages[0].text;
     EXPECT_EQ(v.saved, kFalse);
-    EXPECT_EQ(std::distance(fs::directory_iterator(dir.path()), {}), 1) << "nothing but the picture opened";
+    EXPECT_EQ(vtest::entryCount(dir.path()), 1) << "nothing but the picture opened";
 }
 
 TEST_F(ToolsTest, MonoPicturesInvertByPaletteOrByPixelsAndOtherKindsGetTheAlert) {

@@ -28,20 +28,13 @@ struct XdgTest : ::testing::Test {
         fs::create_directories(fs::path(dir.file(relative)).parent_path());
         vtest::writeFile(dir.file(relative), vtest::Bytes(text.begin(), text.end()));
     }
-    std::string text(const std::string& relative) {
-        const auto b = vtest::readFile(dir.file(relative));
-        return std::string(b.begin(), b.end());
-    }
+    std::string text(const std::string& relative) { return vtest::readText(dir.file(relative)); }
 };
 
 // ---- The first-run test ----------------------------------------------------
 
 TEST_F(XdgTest, AnyProgramsGlobInAnyDatabaseOrTheUsersOwnPackageCounts) {
-    const struct {
-        const char* file;
-        const char* text;
-        bool known;
-    } cases[] = {
+    const struct { const char *file, *text; bool known; } cases[] = {
         {"data/mime/globs2", "50:image/x-other:*.spu\n", true},
         {"sys2/mime/globs2", "# comment\n50:application/x-spectrum:*.spu\n", true},
         {"sys1/mime/globs2", "50:image/x-other:*.SPU:cs\n", true},
@@ -90,7 +83,7 @@ TEST_F(XdgTest, WritesThePackageTheEntryAndTheDefaultsThroughALinkedList) {
     EXPECT_TRUE(apps.starts_with("[Default Applications]\ntext/plain=gedit.desktop;\n")) << apps;
     EXPECT_NE(apps.find(";\n\n[Added Associations]\n"), std::string::npos) << apps;
     for (const char* folder : {"config", "dotfiles", "data/applications", "data/mime/packages"})
-        EXPECT_EQ(std::distance(fs::directory_iterator(dir.file(folder)), {}), 1) << "a temporary in " << folder;
+        EXPECT_EQ(vtest::entryCount(dir.file(folder)), 1) << "a temporary in " << folder;
     EXPECT_TRUE(xdg::globKnownIn(folders, "spu")) << "the package alone answers the first-run test";
     // The update tools, where installed, compile the user's MIME database.
     xdg::runUpdateTools(folders);
@@ -102,30 +95,16 @@ TEST(XdgMimeApps, OurLinesJoinTheirGroupsAndEveryOtherLineStays) {
     a.types = {{"a", "image/x-a", "", {}}, {"b", "image/x-b", "", {}}};
     // "@" stands for the viewer's desktop entry.
     const auto ours = [](const char* text) { return std::regex_replace(text, std::regex("@"), kEntry); };
+    // Each group on a line or two.
     const std::string before = ours(
-        "[Default Applications]\n"
-        "text/plain=gedit.desktop;\n"
-        "image/x-b=certs.desktop;\n"
-        "image/x-b=again.desktop;\n"
-        "\n"
-        "[Added Associations]\n"
-        "image/png=gimp.desktop;\n"
-        "image/x-a = other.desktop;@;more.desktop\n"
-        "\n"
-        "[Removed Associations]\n"
-        "image/x-a=old.desktop;\n");
-    EXPECT_EQ(xdg::mergedMimeApps(before, a), ours("[Default Applications]\n"
-                                                  "text/plain=gedit.desktop;\n"
-                                                  "image/x-b=@;\n"
-                                                  "image/x-a=@;\n"
-                                                  "\n"
-                                                  "[Added Associations]\n"
-                                                  "image/png=gimp.desktop;\n"
-                                                  "image/x-a=@;other.desktop;more.desktop;\n"
-                                                  "image/x-b=@;\n"
-                                                  "\n"
-                                                  "[Removed Associations]\n"
-                                                  "image/x-a=old.desktop;\n"));
+        "[Default Applications]\ntext/plain=gedit.desktop;\nimage/x-b=certs.desktop;\nimage/x-b=again.desktop;\n\n"
+        "[Added Associations]\nimage/png=gimp.desktop;\nimage/x-a = other.desktop;@;more.desktop\n\n"
+        "[Removed Associations]\nimage/x-a=old.desktop;\n");
+    EXPECT_EQ(xdg::mergedMimeApps(before, a),
+              ours("[Default Applications]\ntext/plain=gedit.desktop;\nimage/x-b=@;\nimage/x-a=@;\n\n"
+                   "[Added Associations]\nimage/png=gimp.desktop;\nimage/x-a=@;other.desktop;more.desktop;\n"
+                   "image/x-b=@;\n\n"
+                   "[Removed Associations]\nimage/x-a=old.desktop;\n"));
 }
 
 }  // namespace

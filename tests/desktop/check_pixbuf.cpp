@@ -19,27 +19,36 @@ namespace {
 
 using Pixbuf = std::unique_ptr<GdkPixbuf, decltype(&g_object_unref)>;
 
-std::vector<char> bytesOf(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return std::vector<char>(std::istreambuf_iterator<char>(in), {});
-}
+// A picture read by a loader made for `type`, as Eye of GNOME makes one, or
+// by name where `type` is null; a null image with the error where it fails.
+struct Loaded {
+    Pixbuf image{nullptr, g_object_unref};
+    bool animated = false;
+    std::string error;
+};
 
-// A picture read by name, or by a loader made for `type`; null with the error.
-Pixbuf read(const std::string& path, const char* type, std::string& error) {
+Loaded load(const std::vector<std::uint8_t>& bytes, const char* type) {
+    Loaded out;
     GError* e = nullptr;
-    GdkPixbuf* p = nullptr;
-    if (!type) {
-        p = gdk_pixbuf_new_from_file(path.c_str(), &e);
-    } else if (GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_mime_type(type, &e)) {
-        const auto bytes = bytesOf(path);
-        const auto* data = reinterpret_cast<const guchar*>(bytes.data());
-        const bool written = bytes.empty() || gdk_pixbuf_loader_write(loader, data, bytes.size(), &e);
-        if (gdk_pixbuf_loader_close(loader, e ? nullptr : &e) && written && gdk_pixbuf_loader_get_pixbuf(loader))
-            p = GDK_PIXBUF(g_object_ref(gdk_pixbuf_loader_get_pixbuf(loader)));
+    if (GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_mime_type(type, &e)) {
+        const bool written = bytes.empty() || gdk_pixbuf_loader_write(loader, bytes.data(), bytes.size(), &e);
+        if (gdk_pixbuf_loader_close(loader, e ? nullptr : &e) && written && gdk_pixbuf_loader_get_pixbuf(loader)) {
+            out.image.reset(GDK_PIXBUF(g_object_ref(gdk_pixbuf_loader_get_pixbuf(loader))));
+            out.animated = !gdk_pixbuf_animation_is_static_image(gdk_pixbuf_loader_get_animation(loader));
+        }
         g_object_unref(loader);
     }
-    if (e) error = e->message, g_error_free(e);
-    return Pixbuf(p, g_object_unref);
+    if (e) out.error = e->message, g_error_free(e);
+    return out;
+}
+
+Loaded read(const std::string& path, const char* type) {
+    if (type) return load(vcheck::bytesOf(path), type);
+    Loaded out;
+    GError* e = nullptr;
+    out.image.reset(gdk_pixbuf_new_from_file(path.c_str(), &e));
+    if (e) out.error = e->message, g_error_free(e);
+    return out;
 }
 
 std::uint32_t rgb(GdkPixbuf* p, int x, int y) {
@@ -57,17 +66,6 @@ bool samePixels(GdkPixbuf* image, GdkPixbuf* bitmap) {
         for (int x = 0; x < w; ++x)
             if (rgb(image, x, y) != rgb(bitmap, x, y / repeat)) return false;
     return true;
-}
-
-// A bitmap file in memory, read by GdkPixbuf's own loader.
-Pixbuf bitmapPixbuf(const std::vector<std::uint8_t>& bitmap) {
-    GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_mime_type("image/bmp", nullptr);
-    GdkPixbuf* p = nullptr;
-    if (loader && gdk_pixbuf_loader_write(loader, bitmap.data(), bitmap.size(), nullptr) &&
-        gdk_pixbuf_loader_close(loader, nullptr) && gdk_pixbuf_loader_get_pixbuf(loader))
-        p = GDK_PIXBUF(g_object_ref(gdk_pixbuf_loader_get_pixbuf(loader)));
-    if (loader) g_object_unref(loader);
-    return Pixbuf(p, g_object_unref);
 }
 
 // gdk_pixbuf_animation_new_from_file against the core: a still picture is
@@ -89,7 +87,7 @@ void checkAnimation(const std::string& picture, const vcheck::Expected& expected
         const std::size_t want = i % frames.size();
         auto bitmap = expected.bitmap;
         velmoric::cycles::putPalette(bitmap, frames[want].palette);
-        const Pixbuf reference = bitmapPixbuf(bitmap);
+        const Pixbuf reference = load(bitmap, "image/bmp").image;
         if (gdk_pixbuf_animation_is_static_image(animation) || !reference ||
             !samePixels(gdk_pixbuf_animation_iter_get_pixbuf(iter), reference.get()) ||
             gdk_pixbuf_animation_iter_get_delay_time(iter) != delays[want])
@@ -102,19 +100,6 @@ void checkAnimation(const std::string& picture, const vcheck::Expected& expected
 }
 G_GNUC_END_IGNORE_DEPRECATIONS
 
-// A loader made for the type, as Eye of GNOME makes one, gives an animation
-// where the colours cycle.
-bool loaderAnimates(const std::string& picture, const char* type) {
-    GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_mime_type(type, nullptr);
-    const auto bytes = bytesOf(picture);
-    bool animates = false;
-    if (loader && gdk_pixbuf_loader_write(loader, reinterpret_cast<const guchar*>(bytes.data()), bytes.size(), nullptr) &&
-        gdk_pixbuf_loader_close(loader, nullptr) && gdk_pixbuf_loader_get_animation(loader))
-        animates = !gdk_pixbuf_animation_is_static_image(gdk_pixbuf_loader_get_animation(loader));
-    if (loader) g_object_unref(loader);
-    return animates;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -126,36 +111,34 @@ int main(int argc, char** argv) {
         // gdk_pixbuf_new_from_file takes the type the first bytes give, and
         // the name only where they give none. Formats with a signature are
         // typed by it; a picture whose bytes give another type goes astray.
-        const auto bytes = bytesOf(picture);
+        const auto bytes = vcheck::bytesOf(picture);
         gboolean uncertain = FALSE;
-        gchar* byContents = g_content_type_guess(nullptr, reinterpret_cast<const guchar*>(bytes.data()),
-                                                 std::min<std::size_t>(bytes.size(), 4096), &uncertain);
+        gchar* byContents =
+            g_content_type_guess(nullptr, bytes.data(), std::min<std::size_t>(bytes.size(), 4096), &uncertain);
         const bool own = !uncertain && g_content_type_equals(byContents, type);
         sniffed += !uncertain;
         astray += !uncertain && !own;
         if (!uncertain && !own) std::cout << "note: by its first bytes " << picture << " is " << byContents << "\n";
         g_free(byContents);
-        std::string error;
-        const Pixbuf reference = read(bitmap, nullptr, error);
+        const Loaded reference = read(bitmap, nullptr);
         std::vector<const char*> ways = {type};
         if (uncertain || own) ways.push_back(nullptr);
         for (const char* how : ways) {
-            const Pixbuf image = read(picture, how, error);
-            if (!image || !reference || !samePixels(image.get(), reference.get()))
-                fail(picture, std::string(how ? "by type: " : "by name: ") + (image ? "other pixels" : error));
+            const Loaded got = read(picture, how);
+            if (!got.image || !reference.image || !samePixels(got.image.get(), reference.image.get()))
+                fail(picture, std::string(how ? "by type: " : "by name: ") + (got.image ? "other pixels" : got.error));
         }
         if (!uncertain) continue;  // typed otherwise by name too
         const vcheck::Expected expected = vcheck::expectedOf(picture);
         animated += expected.animation.animated();
         checkAnimation(picture, expected);
-        if (loaderAnimates(picture, type) != expected.animation.animated())
+        if (read(picture, type).animated != expected.animation.animated())
             fail(picture, "a loader for its type does not animate it as the core does");
     }
     for (const auto& [file, unused] : broken)
-        for (const char* how : {vcheck::rowOf(file)->mimeType.data(), static_cast<const char*>(nullptr)}) {
-            std::string error;
-            if (read(file, how, error) || error.empty()) fail(file, "read, or refused without an error");
-        }
+        for (const char* how : {vcheck::rowOf(file)->mimeType.data(), static_cast<const char*>(nullptr)})
+            if (const Loaded got = read(file, how); got.image || got.error.empty())
+                fail(file, "read, or refused without an error");
     if (astray * 20 > pictures.size()) fail(argv[1], "more pictures typed as another format than the odd one");
     std::cout << "GdkPixbuf: " << pictures.size() << " pictures (" << sniffed << " typed by their first bytes, "
               << astray << " as another format, " << animated << " animated), "

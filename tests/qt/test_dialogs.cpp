@@ -14,13 +14,8 @@ namespace {
 
 TEST(RealDialogs, MessageBoxShowsTitleTextButtonsAndIconAndGivesTheAnswer) {
     QtPlatform platform{{}};
-    const struct {
-        Buttons buttons;
-        Icon icon;
-        QMessageBox::StandardButton click;
-        Answer answer;
-        QMessageBox::Icon shown;
-    } rows[] = {
+    struct Row { Buttons buttons; Icon icon; QMessageBox::StandardButton click; Answer answer; QMessageBox::Icon shown; };
+    const Row rows[] = {
         {Buttons::YesNo, Icon::None, QMessageBox::No, Answer::No, QMessageBox::NoIcon},
         {Buttons::YesNo, Icon::Question, QMessageBox::Yes, Answer::Yes, QMessageBox::Question},
         {Buttons::Ok, Icon::Exclamation, QMessageBox::Ok, Answer::Ok, QMessageBox::Warning},

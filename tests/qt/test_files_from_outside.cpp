@@ -17,11 +17,7 @@ using namespace vqt;
 
 namespace {
 
-std::string neoFile(const vtest::TempDir& dir, const std::string& name) {
-    const std::string path = dir.file(name);
-    vtest::writeFile(path, vtest::randomBytes(32128, 7));
-    return path;
-}
+std::string neoFile(const vtest::TempDir& dir, const std::string& name) { return dir.random(name, 32128, 7); }
 
 QUrl localUrl(const std::string& path) { return QUrl::fromLocalFile(QString::fromStdString(path)); }
 

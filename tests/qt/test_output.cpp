@@ -24,9 +24,7 @@ void acceptLater(QDialog* dialog) { QMetaObject::invokeMethod(dialog, "accept", 
 struct OutputTest : WindowTest {
     vtest::TempDir files;
     vtest::Bytes open(const char* ext) {
-        const std::string path = files.file(std::string("picture.") + ext);
-        vtest::writeFile(path, vtest::randomBytes(32034, 5));
-        viewer().Form_LinkExecute(path);
+        viewer().Form_LinkExecute(files.random(std::string("picture.") + ext, 32034, 5));
         return form->image1()->picture().bytes();
     }
     // Prints from the toolbar onto the PDF file `pdf`, chosen in the dialog's
@@ -131,7 +129,7 @@ TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientat
     print(QString::fromStdString(missing));
     ASSERT_EQ(platform->messages.size(), 1u);
     EXPECT_EQ(platform->messages[0].text, errorBoxText(missing + ": cannot start printing"));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(files.path()), {}), 1) << "the picture alone";
+    EXPECT_EQ(vtest::entryCount(files.path()), 1) << "the picture alone";
 }
 
 }  // namespace

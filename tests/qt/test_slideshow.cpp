@@ -59,14 +59,9 @@ struct SlideShowTest : WindowTest {
     // A fresh window on screen with `names` in the folder; a name ending in
     // "spu" holds a file one byte short of a Spectrum picture.
     void ready(const std::vector<std::string>& names, int delay, int repeat) {
-        auto scripted = std::make_unique<ShowPlatform>();
-        scripted->setProgramFolder(programDir.path().string());
-        show = scripted.get();
-        form.reset();
-        platform = std::move(scripted);
-        form = std::make_unique<Form1>(*platform);
+        show = &make<ShowPlatform>();
         for (const std::string& name : names)
-            vtest::writeFile(folder.file(name), vtest::randomBytes(name.ends_with("spu") ? 51103 : 32128, 1));
+            folder.random(name, name.ends_with("spu") ? 51103 : 32128, 1);
         loadAndShow();
         viewer().options.delay = std::int16_t(delay);
         viewer().options.repeat = std::int16_t(repeat);
@@ -75,8 +70,7 @@ struct SlideShowTest : WindowTest {
     // The show by `command`, Form3 answered with the folder and "Start".
     // Returns the clock when the show has ended.
     double run(QAction* command = nullptr) {
-        QTimer::singleShot(0, [this] {
-            auto* f = qobject_cast<Form3*>(QApplication::activeModalWidget());
+        whenModal<Form3>([this](Form3* f) {
             f->setDir1Path(qpath(folder.path()));
             f->command1()->click();
         });
@@ -155,11 +149,7 @@ TEST_F(SlideShowTest, EachPictureStaysItsDelayOthersPassAtOnceAndAClickEndsTheSh
 TEST_F(SlideShowTest, NoPicturesAndFailuresEndTheShowWithTheirBoxAndLeaveThePictureBefore) {
     const std::string fileError =
         "Sorry a file error has occured.\nProbably an incorrect file type or invalid picture file.";
-    const struct {
-        std::vector<std::string> files;
-        bool removeDuringWait;
-        std::string title, text;
-    } rows[] = {{{"a.Neo", "b.txt"}, false, "No Pictures.", "There are no Atari picture files in this directory."},
+    const struct { std::vector<std::string> files; bool removeDuringWait; std::string title, text; } rows[] = {{{"a.Neo", "b.txt"}, false, "No Pictures.", "There are no Atari picture files in this directory."},
                 {{"a.neo", "b.spu", "c.neo"}, false, "Error.", fileError},
                 {{"a.neo", "b.spu"}, true, "Error.", errorBoxText("a.neo: the file has left the folder during the slide show")}};
     for (const auto& row : rows) {

@@ -52,10 +52,9 @@ TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrde
         "write options/repeat=0", "write options/orientation=1", "write options/printscale=55",
         "write options/single=-3"};
     EXPECT_EQ(platform->log, expected);
-    const vtest::Bytes file = vtest::readFile(settingsFile());
-    EXPECT_EQ(std::string(file.begin(), file.end()),
+    EXPECT_EQ(vtest::readText(settingsFile()),
               "[options]\ndelay=2\norientation=1\nprintscale=55\nrepeat=0\nsave=1\nsingle=-3\nsize=1\n");
-    EXPECT_EQ(vtest::readFile(data.file("notes.txt")), vtest::Bytes(stored.begin(), stored.end()));
+    EXPECT_EQ(vtest::readText(data.file("notes.txt")), stored);
     EXPECT_FALSE(std::filesystem::is_symlink(settingsFile()));
 }
 

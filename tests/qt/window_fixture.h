@@ -103,11 +103,13 @@ struct WindowTest : ::testing::Test {
     }
 
     // A fresh platform and window, as at a new start of the program.
-    void make(std::vector<std::string> arguments = {}) {
+    template <typename Platform = ScriptedPlatform>
+    Platform& make() {
         form.reset();
-        platform = std::make_unique<ScriptedPlatform>(std::move(arguments));
+        platform = std::make_unique<Platform>();
         platform->setProgramFolder(programDir.path().string());
         form = std::make_unique<Form1>(*platform);
+        return static_cast<Platform&>(*platform);
     }
 
     // The *.spu glob known to the system's MIME database: not a first run.

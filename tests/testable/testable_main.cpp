@@ -6,6 +6,7 @@
 #include <QElapsedTimer>
 #include <QScreen>
 #include <QWindow>
+#include <algorithm>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -48,8 +49,7 @@ public:
     }
     Answer messageBox(const std::string& text, const std::string& title, Buttons buttons, Icon) override {
         std::string flat = text;
-        for (char& c : flat)
-            if (c == '\n' || c == '\r') c = '|';
+        std::replace_if(flat.begin(), flat.end(), [](char c) { return c == '\n' || c == '\r'; }, '|');
         line("box: " + title + " " + flat);
         return buttons == Buttons::Ok ? Answer::Ok : Answer::No;
     }
