@@ -37,9 +37,8 @@ static_assert(kSpuLength <= kSrcBytesExtent);
 // lines 199 up to 1, bottom line first, then a black row in place of line 0.
 // Each pixel on its own: colour number from the four plane bytes, palette
 // slot from the column and colour number, levels from its colour word. The
-// colour number and the levels are the bits that planebits and stlevel hold,
-// taken by shifts: at a table look-up each, the write-out read thirteen
-// bytes a pixel, which is most of a Spectrum decode.
+// colour number is the four bits planebits would give, taken by shifts: four
+// look-ups a pixel were a third of a Spectrum decode.
 std::span<const std::uint8_t> writeOut(Staging& s, PlaneByteAt at) {
     std::uint8_t* out = s.out.data();
     std::size_t o = 0;
@@ -53,10 +52,10 @@ std::span<const std::uint8_t> writeOut(Staging& s, PlaneByteAt at) {
                 const int x = int(8 * b) + 7 - k;
                 const int c = int((b0 >> k & 1) | (b1 >> k & 1) << 1 | (b2 >> k & 1) << 2 | (b3 >> k & 1) << 3);
                 const std::size_t word = block + s.specIndex(x, c);
-                const unsigned first = s.srcbytes[word], second = s.srcbytes[word + 1];
-                out[o++] = std::uint8_t((second & 7) * 36);         // blue
-                out[o++] = std::uint8_t((second >> 4 & 7) * 36);    // green
-                out[o++] = std::uint8_t((first & 7) * 36);          // red
+                const std::uint8_t first = s.srcbytes[word], second = s.srcbytes[word + 1];
+                out[o++] = s.stLevel(second, 0);  // blue
+                out[o++] = s.stLevel(second, 1);  // green
+                out[o++] = s.stLevel(first, 0);   // red
             }
         }
     }
