@@ -45,19 +45,45 @@ int Image1::nativeScale() const { return std::max(1, int(std::floor(devicePixelR
 
 void Image1::setPicture(const Picture& picture) {
     picture_ = picture;
-    image_ = toImage(picture);
-    update();
+    showDecodedColours();
 }
 
 void Image1::setColourTable(const QList<QRgb>& table) {
     if (image_.colorCount() != table.size()) return;
     image_.setColorTable(table);
+    cycling_ = true;
     update();
 }
 
 void Image1::showDecodedColours() {
     image_ = toImage(picture_);
+    cycling_ = false;
+    drawnFrames_.clear();
     update();
+}
+
+const QImage& Image1::drawnFrame() {
+    constexpr qsizetype kMostBytes = 64 << 20;  // beyond that, frames are drawn anew each time
+    const qreal ratio = devicePixelRatioF();
+    const QSize device(qRound(width() * ratio), qRound(height() * ratio));
+    qsizetype bytes = 0;
+    for (const DrawnFrame& f : drawnFrames_) {
+        if (f.drawn.size() != device) {
+            drawnFrames_.clear();
+            break;
+        }
+        if (f.colours == image_.colorTable()) return f.drawn;
+        bytes += f.drawn.sizeInBytes();
+    }
+    QImage drawn(device, QImage::Format_RGB32);
+    drawn.setDevicePixelRatio(ratio);
+    QPainter painter(&drawn);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
+    painter.drawImage(QRect(QPoint(0, 0), size()), image_);
+    painter.end();
+    if (bytes + drawn.sizeInBytes() > kMostBytes) drawnFrames_.clear();
+    drawnFrames_.push_back({image_.colorTable(), std::move(drawn)});
+    return drawnFrames_.back().drawn;
 }
 
 void Image1::paintEvent(QPaintEvent*) {
@@ -76,6 +102,8 @@ void Image1::paintEvent(QPaintEvent*) {
         device.setDevicePixelRatio(devicePixelRatioF());
         painter.fillRect(rect(), palette().window());
         painter.drawImage(QPointF(0, 0), device);
+    } else if (cycling_) {
+        painter.drawImage(QPointF(0, 0), drawnFrame());
     } else {
         painter.drawImage(rect(), image_);
     }

@@ -57,8 +57,19 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    // While colour cycles play, each palette's picture as drawn at the
+    // control's size: a frame that comes round again costs a copy, not a
+    // conversion and a stretch.
+    struct DrawnFrame {
+        QList<QRgb> colours;
+        QImage drawn;
+    };
+    const QImage& drawnFrame();
+
     Picture picture_;
     QImage image_;
+    std::vector<DrawnFrame> drawnFrames_;
+    bool cycling_ = false;
     bool pressed_ = false;
     bool native_ = false;
 };
