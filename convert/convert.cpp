@@ -178,12 +178,14 @@ JobResult runJob(const ConvertOptions& o, const Job& job, Worker& worker) {
             worker.madeFolder = std::move(folder);
         }
         if (o.format == OutputFormat::Png) {
-            files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()})));
+            files::replaceAtomically(job.output, encodePng(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()})),
+                                     files::Flush::later);
         } else if (o.format == OutputFormat::Gif) {
-            files::replaceAtomically(job.output,
-                                     encodeGif(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()}), d.frames));
+            files::replaceAtomically(
+                job.output, encodeGif(Picture::fromBitmapBytes({bitmap.begin(), bitmap.end()}), d.frames),
+                files::Flush::later);
         } else {
-            files::replaceAtomically(job.output, bitmap);
+            files::replaceAtomically(job.output, bitmap, files::Flush::later);
         }
         r.ok = true;
     } catch (const PlatformError& e) {

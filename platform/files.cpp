@@ -118,10 +118,11 @@ bool linkDescriptor(int fd, const std::string& path) {
 // named temporary file and its rename. linkat never replaces a name, so a file
 // or link that appeared there meanwhile makes it return false, as does a file
 // system without unnamed files; the caller then takes the named way.
-bool linkWhenWhole(const std::string& path, std::span<const std::uint8_t> bytes) {
+bool linkWhenWhole(const std::string& path, std::span<const std::uint8_t> bytes, Flush flush) {
     Descriptor fd(::open(folderOf(path).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0666));
     if (fd.get() < 0) return false;
     writeAll(fd.get(), path, bytes);
+    if (flush == Flush::toDisk && ::fsync(fd.get()) != 0) fail(path, "cannot write", errno);
     if (!linkDescriptor(fd.get(), path)) return false;
     if (::close(fd.release()) != 0) {
         const int err = errno;
@@ -238,12 +239,12 @@ void writeNew(const std::string& path, std::span<const std::uint8_t> bytes) {
     closeChecked(fd, path);
 }
 
-void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes) {
+void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes, Flush flush) {
     // A file that is replaced keeps its mode; a new one gets the mode any
     // new file would, which the creation's 0666 under the umask gives.
     struct stat old {};
     const bool exists = ::lstat(path.c_str(), &old) == 0;
-    if (!exists && linkWhenWhole(path, bytes)) return;
+    if (!exists && linkWhenWhole(path, bytes, flush)) return;
     const bool replacing = exists && S_ISREG(old.st_mode);
     std::string temporary;
     int created = -1;
@@ -259,7 +260,7 @@ void replaceAtomically(const std::string& path, std::span<const std::uint8_t> by
         writeAll(fd.get(), path, bytes);
         // On the disk before the name moves to it: a power loss after the
         // rename must not find an empty file under the name.
-        if (::fsync(fd.get()) != 0) fail(path, "cannot write", errno);
+        if (flush == Flush::toDisk && ::fsync(fd.get()) != 0) fail(path, "cannot write", errno);
         closeChecked(fd, path);
         if (::rename(temporary.c_str(), path.c_str()) != 0) fail(path, "cannot write", errno);
     } catch (...) {

@@ -45,10 +45,17 @@ std::vector<std::uint8_t> readWhole(const std::string& path, std::size_t limit);
 void writeNew(const std::string& path, std::span<const std::uint8_t> bytes);
 
 // Replaces the file with `bytes` in one step: the bytes go to a new file in
-// the same folder, which is flushed to the disk and then renamed over the
-// name. A failure, or a power loss, leaves the old file (or no file) under
-// the name and no partial file; a link at the name is replaced, not followed.
-void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes);
+// the same folder, which is flushed to the disk (unless `flush` says later)
+// and then renamed over the name, or linked to it when there was none. A
+// failure, or with the flush a power loss, leaves the old file (or no file)
+// under the name and no partial file; a link at the name is replaced, not
+// followed.
+// Whether the bytes reach the disk before the name does. What the viewer
+// saves is flushed, so that a power loss cannot leave an empty file under
+// its name; the converter's outputs, which their sources can always give
+// again, are not, which keeps a batch several times as fast.
+enum class Flush { toDisk, later };
+void replaceAtomically(const std::string& path, std::span<const std::uint8_t> bytes, Flush flush = Flush::toDisk);
 
 void remove(const std::string& path);
 bool isTerminal(int fd);
