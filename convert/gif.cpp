@@ -148,18 +148,6 @@ void putPixels(GifWriter& w, const IndexedPicture& picture, int width, int heigh
 
 }  // namespace
 
-std::vector<int> gifDelays(const std::vector<cycles::Frame>& frames) {
-    std::vector<int> delays;
-    long long ticks = 0, shown = 0;  // hundredths given so far
-    for (const cycles::Frame& f : frames) {
-        ticks += f.ticks;
-        const long long total = (ticks * 100 + cycles::kTicksPerSecond / 2) / cycles::kTicksPerSecond;
-        delays.push_back(int(total - shown));
-        shown = total;
-    }
-    return delays;
-}
-
 std::vector<std::uint8_t> encodeGif(const Picture& picture, const std::vector<cycles::Frame>& frames) {
     if (picture.empty()) throw std::runtime_error("cannot encode an empty picture");
     const auto indexed = indexedPicture(picture);
@@ -174,7 +162,7 @@ std::vector<std::uint8_t> encodeGif(const Picture& picture, const std::vector<cy
         putPixels(w, *indexed, picture.width(), picture.height(), nullptr);
     } else {
         putLoopForever(w);
-        const std::vector<int> delays = gifDelays(frames);
+        const std::vector<int> delays = cycles::delaysIn(frames, 100);  // GIF delays are hundredths
         for (std::size_t i = 0; i < frames.size(); ++i) {
             putDelay(w, delays[i]);
             const ColourMap local = i == 0 ? nullptr : colourMap(rgbOf(frames[i].palette), bits);

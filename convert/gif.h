@@ -13,8 +13,4 @@ namespace velmoric {
 // std::runtime_error with the reason for a picture of more than 256 colours.
 std::vector<std::uint8_t> encodeGif(const Picture& picture, const std::vector<cycles::Frame>& frames);
 
-// The delays in hundredths of a second of frames that last these ticks,
-// rounded so that the running total stays true.
-std::vector<int> gifDelays(const std::vector<cycles::Frame>& frames);
-
 }  // namespace velmoric

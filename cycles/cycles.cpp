@@ -166,6 +166,17 @@ std::vector<Frame> framesOfPeriod(const Palette& start, std::span<const Channel>
     return frames;
 }
 
+std::vector<int> delaysIn(std::span<const Frame> frames, int unitsPerSecond) {
+    const auto unitsAt = [&](long long tick) { return (tick * unitsPerSecond + kTicksPerSecond / 2) / kTicksPerSecond; };
+    std::vector<int> delays;
+    long long tick = 0;
+    for (const Frame& f : frames) {
+        delays.push_back(int(unitsAt(tick + f.ticks) - unitsAt(tick)));
+        tick += f.ticks;
+    }
+    return delays;
+}
+
 Animation animationOf(const Format& format, const Source& src, const Decoded& decoded) {
     Animation a;
     if (decoded.rejected) return a;

@@ -69,6 +69,11 @@ Palette paletteAt(const Palette& start, std::span<const Channel> channels, long 
 // shows, at most kMaxFrames.
 std::vector<Frame> framesOfPeriod(const Palette& start, std::span<const Channel> channels);
 
+// How long each frame shows in units of 1/unitsPerSecond s (100 for a GIF,
+// 1000 for milliseconds): each frame lasts from its first tick's time,
+// rounded, to the next one's, so the rounding never adds up over a period.
+std::vector<int> delaysIn(std::span<const Frame> frames, int unitsPerSecond);
+
 // Everything above for one decoded picture.
 Animation animationOf(const Format& format, const Source& src, const Decoded& decoded);
 

@@ -162,24 +162,17 @@ bool needsMissingBytes(const Format& format, std::span<const std::uint8_t> head,
     return std::memcmp(layout.row(kept, 0), otherLayout->row(other.bitmap, 0), rowBytes) != 0;
 }
 
-// Milliseconds from the start to a tick, rounded to the nearest.
-long long millisecondsAt(long long tick) {
-    return (tick * 1000 + cycles::kTicksPerSecond / 2) / cycles::kTicksPerSecond;
-}
-
 // The palettes of one period of a picture whose colours cycle, each for
-// whole milliseconds: a frame lasts from its first tick's time, rounded, to
-// the next one's, so that the rounding never adds up over a period.
+// whole milliseconds.
 std::vector<DesktopFrame> framesOf(const cycles::Animation& animation) {
     std::vector<DesktopFrame> out;
     if (!animation.animated()) return out;
-    long long tick = 0;
-    for (const cycles::Frame& f : animation.frames) {
+    const std::vector<int> delays = cycles::delaysIn(animation.frames, 1000);
+    for (std::size_t i = 0; i < animation.frames.size(); ++i) {
         DesktopFrame frame;
-        for (const cycles::Colour& c : f.palette)
+        for (const cycles::Colour& c : animation.frames[i].palette)
             frame.palette.push_back(std::uint32_t(c[2]) << 16 | std::uint32_t(c[1]) << 8 | c[0]);
-        frame.delayMs = int(millisecondsAt(tick + f.ticks) - millisecondsAt(tick));
-        tick += f.ticks;
+        frame.delayMs = delays[i];
         out.push_back(std::move(frame));
     }
     return out;

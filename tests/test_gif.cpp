@@ -83,7 +83,7 @@ TEST(GifOutput, FramesArePaletteRotationsWithTheirDelaysAndStillsStayOneFrame) {
             EXPECT_EQ(gif.indices[i], want->indices) << name << " frame " << i;
         }
         if (d.frames.size() > 1) {
-            EXPECT_EQ(gif.delays, gifDelays(d.frames)) << name;
+            EXPECT_EQ(gif.delays, cycles::delaysIn(d.frames, 100)) << name;
         }
     }
 }
@@ -96,7 +96,7 @@ TEST(GifOutput, DelaysKeepTheRunningTotalTrue) {
     for (const auto& [ticks, hundredths] : rows) {
         std::vector<cycles::Frame> frames;
         for (int t : ticks) frames.push_back({{}, t});
-        EXPECT_EQ(gifDelays(frames), hundredths) << ticks.size() << " frames of " << ticks[0];
+        EXPECT_EQ(cycles::delaysIn(frames, 100), hundredths) << ticks.size() << " frames of " << ticks[0];
     }
 }
 
