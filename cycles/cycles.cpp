@@ -34,12 +34,13 @@ void readNeochrome(std::vector<Channel>& out, const Source& src, int colours) {
 
 // Degas Elite: four words of left ends, four of right ends, four of
 // directions (0 left, 1 off, 2 right) and four delays kept as 128 - ticks.
-void readDegasBlock(std::vector<Channel>& out, const Source& src, std::size_t at, int colours) {
+void readDegasBlock(std::vector<Channel>& out, const Source& src, std::uint64_t at, int colours) {
     if (src.length < at + 32) return;
+    const auto block = std::size_t(at);
     for (std::size_t c = 0; c < 4; ++c) {
-        const int left = src.bigEndian16(at + 2 * c), right = src.bigEndian16(at + 8 + 2 * c);
-        const int direction = src.bigEndian16(at + 16 + 2 * c);
-        const int ticks = 128 - std::int16_t(src.bigEndian16(at + 24 + 2 * c));
+        const int left = src.bigEndian16(block + 2 * c), right = src.bigEndian16(block + 8 + 2 * c);
+        const int direction = src.bigEndian16(block + 16 + 2 * c);
+        const int ticks = 128 - std::int16_t(src.bigEndian16(block + 24 + 2 * c));
         if (direction != 0 && direction != 2) continue;
         if (ticks < 1 || ticks > 128) continue;
         keepIfPlaying(out, colours, left, right, direction == 0 ? Direction::left : Direction::right, ticks);
@@ -103,16 +104,17 @@ long long Animation::periodTicks() const {
 
 int coloursOfKind(int kind) { return kind == 1 ? 16 : kind == 2 ? 4 : kind == 3 ? 2 : 0; }
 
-std::vector<Channel> readChannels(const Format& format, const Source& src, int kind) {
+std::vector<Channel> readChannels(const Format& format, const Source& src, const Decoded& decoded) {
     std::vector<Channel> out;
-    const int colours = coloursOfKind(kind);
+    if (decoded.rejected) return out;
+    const int colours = coloursOfKind(decoded.kind);
     switch (format.cycles) {
         case CycleStore::none: break;
         case CycleStore::neochrome: readNeochrome(out, src, colours); break;
         case CycleStore::degasElite:
             if (src.length >= 32066) readDegasBlock(out, src, 32034, colours);
             break;
-        case CycleStore::degasCompressed: readDegasBlock(out, src, packedScreenEnd(src, kind), colours); break;
+        case CycleStore::degasCompressed: readDegasBlock(out, src, decoded.sourceEnd, colours); break;
         case CycleStore::tiny: readTiny(out, src, colours); break;
     }
     return out;
@@ -180,7 +182,7 @@ std::vector<int> delaysIn(std::span<const Frame> frames, int unitsPerSecond) {
 Animation animationOf(const Format& format, const Source& src, const Decoded& decoded) {
     Animation a;
     if (decoded.rejected) return a;
-    a.channels = readChannels(format, src, decoded.kind);
+    a.channels = readChannels(format, src, decoded);
     a.frames = framesOfPeriod(paletteOf(decoded.bitmap), a.channels);
     return a;
 }

@@ -52,9 +52,10 @@ struct Animation {
 // (0 for a kind without a palette that moves).
 int coloursOfKind(int kind);
 
-// The channels of a source that play on a picture of the kind the decoder
-// gave, in the order they apply. Formats without cycles give none.
-std::vector<Channel> readChannels(const Format& format, const Source& src, int kind);
+// The channels of a source that play on the picture its decoder gave, in
+// the order they apply. Formats without cycles, and rejected sources, give
+// none.
+std::vector<Channel> readChannels(const Format& format, const Source& src, const Decoded& decoded);
 
 // The palette a bitmap file holds (2 or 16 entries), and the same bitmap with
 // another palette of that length put in.

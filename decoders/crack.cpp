@@ -33,8 +33,9 @@ struct StrideWalk {
 // The escape, initial byte, stride and command stream from srcbytes at `at`
 // into pixbytes. Every command covers at least one position and the walk
 // has a fixed number of them, so the loop ends on any stream; behind
-// srcbytes the stream reads zeros.
-void unpackStream(Staging& s, std::size_t at) {
+// srcbytes the stream reads zeros. Gives the offset behind the last byte
+// of the stream it read.
+std::size_t unpackStream(Staging& s, std::size_t at) {
     const auto& in = s.srcbytes;
     const std::uint8_t escape = in.get(at);
     const std::uint8_t initial = in.get(at + 1);
@@ -87,6 +88,7 @@ void unpackStream(Staging& s, std::size_t at) {
             store(next(), std::size_t(k) + 1);
         }
     }
+    return r;
 }
 
 // The three resolutions differ in where the pixels start (behind a palette
@@ -100,11 +102,14 @@ Decoded crack(Staging& s, const Source& src, Resolution res) {
     for (std::size_t i = 0; i < length; ++i) s.srcbytes[i] = src.bytes[i];
 
     const std::size_t pixelsAt = res == Resolution::Low ? 36 : res == Resolution::Medium ? 12 : 4;
+    std::size_t end = pixelsAt + kScreenBytes;
     if (s.srcbytes.get(2) == 0) {
         for (std::size_t i = 0; i < kScreenBytes; ++i) s.pixbytes[i] = s.srcbytes.get(pixelsAt + i);
     } else {
-        unpackStream(s, pixelsAt);
+        end = unpackStream(s, pixelsAt);
     }
+    // The palette's 16 words reach byte 36; a mono picture does not use them.
+    if (res != Resolution::High) end = std::max<std::size_t>(end, 36);
 
     // Medium resolution also converts 16 words from byte 4, though its file
     // holds only four colours: the other entries are never referred to.
@@ -120,16 +125,16 @@ Decoded crack(Staging& s, const Source& src, Resolution res) {
         case Resolution::Low:
             Staging::convertPalette(palette, s.lowbmp.data());
             s.mergeLow(0, 15920);
-            return {false, s.emitLow(), " Crack Art 320*200 16 Colour", 1};
+            return {false, s.emitLow(), " Crack Art 320*200 16 Colour", 1, end};
         case Resolution::Medium:
             Staging::convertPalette(palette, s.medbmp.data());
             s.mergeMedium(0, 15920);
-            return {false, s.emitMedium(), " Crack Art 640*200 4 Colour", 2};
+            return {false, s.emitMedium(), " Crack Art 640*200 4 Colour", 2, end};
         case Resolution::High:
             break;
     }
     s.copyMono(0, 15960);
-    return {false, s.emitMono(), " Crack Art 640*400 Mono", 3};
+    return {false, s.emitMono(), " Crack Art 640*400 Mono", 3, end};
 }
 
 }  // namespace

@@ -35,6 +35,10 @@ struct Decoded {
     std::span<const std::uint8_t> bitmap;
     std::string_view caption;  // begins with one blank
     std::int16_t kind = 0;
+    // One past the last byte of the file the picture was built from: a file
+    // shorter than this ends before its picture does. Bytes read only to
+    // look ahead do not count.
+    std::uint64_t sourceEnd = 0;
 };
 
 inline Decoded rejectedSource() { return Decoded{true, {}, {}, 0}; }
@@ -58,13 +62,11 @@ Decoded degas1(Staging& s, const Source& src, int lastWord, int firstPaletteWord
 // PI2 and PI3.
 Decoded degas2(Staging& s, const Source& src);
 Decoded degas3(Staging& s, const Source& src);
-// PC1 to PC3.
+// PC1 to PC3. Their sourceEnd lies behind the last run of the screen,
+// where a block of colour cycles may follow.
 Decoded degasc1(Staging& s, const Source& src);
 Decoded degasc2(Staging& s, const Source& src);
 Decoded degasc3(Staging& s, const Source& src);
-// Where the compressed screen of a PC1 (kind 1), PC2 (2) or PC3 (3) file
-// ends: the offset behind its last run, which may lie past the file's end.
-std::size_t packedScreenEnd(const Source& src, int kind);
 // TNY, TN1 to TN3.
 Decoded tiny(Staging& s, const Source& src);
 // SPU, SPC, SPS.

@@ -9,7 +9,7 @@ Decoded degas1(Staging& s, const Source& src, int lastWord, int firstPaletteWord
     s.mergeLow(std::size_t(topRow), std::size_t(bottomRow));
     const std::string_view caption =
         firstPaletteWord == 2 ? " Neo 320*200 16 Colour" : " Degas 320*200 16 Colour";
-    return {false, s.emitLow(), caption, 1};
+    return {false, s.emitLow(), caption, 1, 2 * std::uint64_t(lastWord + 1)};
 }
 
 // PI2 and PI3 share one layout: a resolution word, 16 colour words, then
@@ -22,7 +22,7 @@ Decoded degas2(Staging& s, const Source& src) {
     readWords(s, src, 0, 0, kDegasWords);
     s.convertPaletteFromSrcwords(1, s.medbmp.data());
     s.mergeMedium(17, 15937);
-    return {false, s.emitMedium(), " Degas 640*200 4 Colour", 2};
+    return {false, s.emitMedium(), " Degas 640*200 4 Colour", 2, 2 * kDegasWords};
 }
 
 // The colour words of a PI3 file are read but play no part: the mono
@@ -30,7 +30,7 @@ Decoded degas2(Staging& s, const Source& src) {
 Decoded degas3(Staging& s, const Source& src) {
     readWords(s, src, 0, 0, kDegasWords);
     s.copyMono(17, 15977);
-    return {false, s.emitMono(), " Degas 640*400 Mono", 3};
+    return {false, s.emitMono(), " Degas 640*400 Mono", 3, 2 * kDegasWords};
 }
 
 }  // namespace velmoric

@@ -63,38 +63,33 @@ std::size_t walkRuns(const Source& src, const PackedLayout& l, Store&& store) {
     return at;
 }
 
-// The header's 17 words, then the screen; nothing leaves srcwords.
-void unpackScreen(Staging& s, const Source& src, const PackedLayout& l) {
+// The header's 17 words, then the screen; nothing leaves srcwords. Gives
+// the offset behind the last run.
+std::size_t unpackScreen(Staging& s, const Source& src, const PackedLayout& l) {
     readWords(s, src, 0, 0, kImageWord);
-    walkRuns(src, l, [&](int b, std::uint8_t v) { storeScreenByte(s, b, v); });
+    return walkRuns(src, l, [&](int b, std::uint8_t v) { storeScreenByte(s, b, v); });
 }
-
-const PackedLayout& layoutOfKind(int kind) { return kind == 1 ? kPackedLow : kind == 2 ? kPackedMedium : kPackedMono; }
 
 }  // namespace
 
-std::size_t packedScreenEnd(const Source& src, int kind) {
-    return walkRuns(src, layoutOfKind(kind), [](int, std::uint8_t) {});
-}
-
 Decoded degasc1(Staging& s, const Source& src) {
-    unpackScreen(s, src, kPackedLow);
+    const std::size_t end = unpackScreen(s, src, kPackedLow);
     s.convertPaletteFromSrcwords(1, s.lowbmp.data());
     s.mergeLow(17, 15937);
-    return {false, s.emitLow(), " Degas Comp 320*200 16 Colour", 1};
+    return {false, s.emitLow(), " Degas Comp 320*200 16 Colour", 1, end};
 }
 
 Decoded degasc2(Staging& s, const Source& src) {
-    unpackScreen(s, src, kPackedMedium);
+    const std::size_t end = unpackScreen(s, src, kPackedMedium);
     s.convertPaletteFromSrcwords(1, s.medbmp.data());
     s.mergeMedium(17, 15937);
-    return {false, s.emitMedium(), " Degas Comp 640*200 4 Colour", 2};
+    return {false, s.emitMedium(), " Degas Comp 640*200 4 Colour", 2, end};
 }
 
 Decoded degasc3(Staging& s, const Source& src) {
-    unpackScreen(s, src, kPackedMono);
+    const std::size_t end = unpackScreen(s, src, kPackedMono);
     s.copyMono(17, 15977);
-    return {false, s.emitMono(), " Degas Comp 640*400 Mono", 3};
+    return {false, s.emitMono(), " Degas Comp 640*400 Mono", 3, end};
 }
 
 }  // namespace velmoric

@@ -46,7 +46,7 @@ Decoded hmac(Staging& s, const Source& src) {
     for (std::size_t i = 0; i < kMacHeaderSize; ++i) *out++ = s.macbmp[i];
     for (std::size_t row = kRows; row-- > 0;)
         for (std::size_t x = 0; x < kRowBytes; ++x) *out++ = std::uint8_t(~s.pixbytes[row * kRowBytes + x]);
-    return {false, {s.out.data(), kMacBmpSize}, " Mac Paint 576*720 Mono", 4};
+    return {false, {s.out.data(), kMacBmpSize}, " Mac Paint 576*720 Mono", 4, r};
 }
 
 }  // namespace velmoric

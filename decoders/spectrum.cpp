@@ -97,7 +97,8 @@ void unpackRuns(Staging& s, Reader& in, bool smooshed) {
 
 // SPC palettes: a big-endian mask, then a colour word for each of its bits
 // 1 to 14 that is set, from bit 1 up. Colours 0 and 15 are always black.
-void unpackMaskedPalettes(Staging& s, Reader& in) {
+// Gives the offset behind the last colour word.
+std::uint64_t unpackMaskedPalettes(Staging& s, Reader& in) {
     std::size_t o = kPaletteStart;
     for (int r = 0; r < kRecords; ++r) {
         const unsigned high = in.next();
@@ -110,6 +111,7 @@ void unpackMaskedPalettes(Staging& s, Reader& in) {
         }
         s.srcbytes[o++] = 0, s.srcbytes[o++] = 0;
     }
+    return in.pos;
 }
 
 // The SPS colour stream, most significant bit first, with one byte of look
@@ -119,10 +121,12 @@ struct BitReader {
     Reader& in;
     std::uint8_t current = in.next();
     unsigned mask = 0x80;
+    std::uint64_t end = 0;  // behind the last byte a bit was taken from; the look-ahead does not count
     unsigned bits(int n) {
         unsigned v = 0;
         for (int i = 0; i < n; ++i) {
             v = v * 2 + ((current & mask) != 0 ? 1 : 0);
+            end = in.pos;
             mask /= 2;
             if (mask == 0) current = in.next(), mask = 0x80;
         }
@@ -132,7 +136,8 @@ struct BitReader {
 
 // SPS palettes: a 14-bit mask, colour 1 in its top bit, each set bit
 // followed by 3 bits red, 3 green, 3 blue. Colours 0 and 15 are always black.
-void unpackBitPalettes(Staging& s, Reader& in) {
+// Gives the offset behind the last byte a colour took bits from.
+std::uint64_t unpackBitPalettes(Staging& s, Reader& in) {
     BitReader stream{in};
     std::size_t o = kPaletteStart;
     for (int r = 0; r < kRecords; ++r) {
@@ -149,17 +154,19 @@ void unpackBitPalettes(Staging& s, Reader& in) {
         }
         s.srcbytes[o++] = 0, s.srcbytes[o++] = 0;
     }
+    return stream.end;
 }
 
 // The frame of SPC and SPS: of the 12-byte header only D, the length of the
 // pixel data, counts; the colour data begin at 12 + D, whatever the runs
-// consumed.
-void unpackPacked(Staging& s, const Source& src, bool smooshed) {
+// consumed. Gives the offset behind the runs or the colour data, whichever
+// is further.
+std::uint64_t unpackPacked(Staging& s, const Source& src, bool smooshed) {
     Reader in{src, 12};
     unpackRuns(s, in, smooshed);
+    const std::uint64_t runsEnd = in.pos;
     in.pos = 12 + std::uint64_t(src.bigEndian32(4));
-    if (smooshed) unpackBitPalettes(s, in);
-    else unpackMaskedPalettes(s, in);
+    return std::max(runsEnd, smooshed ? unpackBitPalettes(s, in) : unpackMaskedPalettes(s, in));
 }
 
 }  // namespace
@@ -167,17 +174,17 @@ void unpackPacked(Staging& s, const Source& src, bool smooshed) {
 Decoded spec(Staging& s, const Source& src) {
     if (src.length != kSpuLength) return rejectedSource();
     for (std::size_t i = 0; i < kSpuLength; ++i) s.srcbytes[i] = src.byte(i);
-    return {false, writeOut(s, screenPlace), " Spectrum 320*200 512 Colour", 1};
+    return {false, writeOut(s, screenPlace), " Spectrum 320*200 512 Colour", 1, kSpuLength};
 }
 
 Decoded specc(Staging& s, const Source& src) {
-    unpackPacked(s, src, false);
-    return {false, writeOut(s, rowPlace), " Spectrum Comp 320*200 512 Colour", 1};
+    const std::uint64_t end = unpackPacked(s, src, false);
+    return {false, writeOut(s, rowPlace), " Spectrum Comp 320*200 512 Colour", 1, end};
 }
 
 Decoded specs(Staging& s, const Source& src) {
-    unpackPacked(s, src, true);
-    return {false, writeOut(s, columnPlace), " Spectrum Smooshed 320*200 512 Colour", 1};
+    const std::uint64_t end = unpackPacked(s, src, true);
+    return {false, writeOut(s, columnPlace), " Spectrum Smooshed 320*200 512 Colour", 1, end};
 }
 
 }  // namespace velmoric

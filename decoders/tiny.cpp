@@ -21,21 +21,25 @@ std::int64_t countAt(const Source& src, std::int64_t at) { return std::int16_t(s
 // control length) reads 0 like any read outside the file. Words for output
 // indices behind srcwords are not stored, but the positions move on as if
 // they were, so the streams are followed to their end whatever they ask
-// for, and the loop of each run stops at the extent.
-void unpackStreams(Staging& s, const Source& src, std::int64_t control, std::int64_t controlLength) {
+// for, and the loop of each run stops at the extent. Gives the offset
+// behind the last control byte or stored data word, whichever is further.
+std::int64_t unpackStreams(Staging& s, const Source& src, std::int64_t control, std::int64_t controlLength) {
     const std::int64_t controlEnd = control + controlLength;
     const std::int64_t extent = std::int64_t(kSrcWordsExtent);
-    std::int64_t data = controlEnd, out = kFirstDataWord;
+    std::int64_t data = controlEnd, out = kFirstDataWord, dataEnd = 0;
     auto copy = [&](std::int64_t count) {
         if (count <= 0) return;
-        for (std::int64_t i = 0; i < count && out + i < extent; ++i)
+        std::int64_t i = 0;
+        for (; i < count && out + i < extent; ++i)
             s.srcwords.put(std::size_t(out + i), src.word(std::size_t(data + 2 * i)));
+        if (i > 0) dataEnd = std::max(dataEnd, data + 2 * i);
         out += count;
         data += 2 * count;
     };
     // The data word is passed once, after the run, even when no copy is made.
     auto repeat = [&](std::int64_t count) {
         const std::uint16_t word = src.word(std::size_t(data));
+        if (count > 0 && out < extent) dataEnd = std::max(dataEnd, data + 2);
         for (std::int64_t i = 0; i < count && out + i < extent; ++i) s.srcwords.put(std::size_t(out + i), word);
         if (count > 0) out += count;
         data += 2;
@@ -58,6 +62,7 @@ void unpackStreams(Staging& s, const Source& src, std::int64_t control, std::int
             }
         }
     } while (control < controlEnd);
+    return std::max(control, dataEnd);
 }
 
 // Group m of a low line is column m of the four sets, one set a plane.
@@ -109,7 +114,7 @@ Decoded tiny(Staging& s, const Source& src) {
     const std::int64_t t = n >= 3 ? 4 : 0;
     const std::int64_t controlLength = countAt(src, 33 + t);
     readWords(s, src, 0, std::size_t(1 + t), 16);
-    unpackStreams(s, src, 37 + t, controlLength);
+    const auto end = std::uint64_t(unpackStreams(s, src, 37 + t, controlLength));
     s.convertPaletteFromSrcwords(0, s.lowbmp.data());
     s.convertPaletteFromSrcwords(0, s.medbmp.data());
 
@@ -119,15 +124,15 @@ Decoded tiny(Staging& s, const Source& src) {
         case 0:
         case 3:
             mergeLowColumns(s);
-            return {false, s.emitLow(), " Tiny 320*200 16 Colour", 1};
+            return {false, s.emitLow(), " Tiny 320*200 16 Colour", 1, end};
         case 1:
         case 4:
             mergeMediumColumns(s);
-            return {false, s.emitMedium(), " Tiny 640*200 4 Colour", 2};
+            return {false, s.emitMedium(), " Tiny 640*200 4 Colour", 2, end};
         case 2:
         case 5:
             copyMonoColumns(s);
-            return {false, s.emitMono(), " Tiny 640*400 Mono", 3};
+            return {false, s.emitMono(), " Tiny 640*400 Mono", 3, end};
         default:
             return rejectedSource();
     }

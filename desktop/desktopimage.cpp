@@ -128,38 +128,19 @@ DesktopPicture pictureOf(std::span<const std::uint8_t> bitmap, const BitmapLayou
     return p;
 }
 
-// How many first bytes of a file its decoder reads at the most, where that
-// is known without decoding; 0 where it is not.
-std::uint64_t bytesTheDecoderReads(const Format& format, const Source& src, int kind) {
-    if (format.routine == "degas1") return 2 * std::uint64_t(format.args.values[0] + 1);  // up to its last word
-    if (format.routine == "degas2" || format.routine == "degas3") return 32034;
-    if (format.routine == "spec") return src.length;  // it takes a file of one length only
-    if (format.routine.starts_with("degasc")) return packedScreenEnd(src, kind);
-    return 0;
+// Where the top row of a plain screen ends in its file.
+std::uint64_t firstRowEnd(const Format& format) {
+    if (format.routine == "degas1") return 2 * std::uint64_t(format.args.values[2] + 80);  // 80 words from the top row's
+    if (format.routine == "degas2") return 2 * (17 + 80);
+    if (format.routine == "degas3") return 2 * (17 + 40);
+    return 0;  // a Spectrum picture has one length only
 }
 
-// The same decode with every byte past the end of the file set: if that
-// changes what matters of the picture, the picture needs bytes the file lacks.
-// For a plain screen that is its first row, compared in the bitmap's own
-// bytes, which tell missing bytes apart even where the palette gives two
-// indices the same colour.
-bool needsMissingBytes(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length,
-                       const Decoded& real, const BitmapLayout& layout) {
-    if (length >= kSourceLimit) return false;
-    // A file that holds every byte its decoder reads needs no second decode to tell.
-    const std::uint64_t reads = bytesTheDecoderReads(format, Source{head, length}, real.kind);
-    if (reads != 0 && reads <= length) return false;
-    thread_local std::vector<std::uint8_t> kept, padded;
-    kept.assign(real.bitmap.begin(), real.bitmap.end());  // the next decode reuses the staging arrays
-    padded.assign(head.begin(), head.end());
-    padded.resize(kSourceLimit, 0xFF);
-    const Decoded other = decodeWith(format, freshStaging(), Source{padded, length});
-    if (other.rejected) return true;
-    if (!isPlainScreen(format)) return !std::equal(kept.begin(), kept.end(), other.bitmap.begin(), other.bitmap.end());
-    const std::optional<BitmapLayout> otherLayout = layoutOf(other.bitmap);
-    if (!otherLayout || otherLayout->stride != layout.stride) return true;
-    const std::size_t rowBytes = (std::size_t(layout.width) * std::size_t(layout.bitsPerPixel) + 7) / 8;
-    return std::memcmp(layout.row(kept, 0), otherLayout->row(other.bitmap, 0), rowBytes) != 0;
+// Whether the picture needs bytes the file does not have. A plain screen
+// needs its top row; below it, a cut file shows what it has.
+bool endsTooSoon(const Format& format, std::uint64_t length, const Decoded& decoded) {
+    if (length >= kSourceLimit) return false;  // the decoder saw only the first kSourceLimit bytes
+    return isPlainScreen(format) ? length < firstRowEnd(format) : length < decoded.sourceEnd;
 }
 
 // The palettes of one period of a picture whose colours cycle, each for
@@ -229,14 +210,13 @@ DesktopPicture decodeForDesktop(const Format& format, std::span<const std::uint8
     if (real.rejected) return failed("not a valid " + std::string(format.description) + " file");
     if (std::string why = headerProblem(format, source); !why.empty())
         return failed("not a valid " + std::string(format.description) + " file: " + why);
+    if (endsTooSoon(format, length, real))
+        return failed(isPlainScreen(format) ? "the file ends before the first row of the picture"
+                                            : "the file ends before the picture does");
     const std::optional<BitmapLayout> layout = layoutOf(real.bitmap);
     if (!layout) return failed("the decoder gave no bitmap");
     DesktopPicture picture = pictureOf(real.bitmap, *layout, real.kind);
-    if (!picture.ok) return picture;
-    picture.frames = framesOf(cycles::animationOf(format, source, real));
-    if (needsMissingBytes(format, head, length, real, *layout))
-        return failed(isPlainScreen(format) ? "the file ends before the first row of the picture"
-                                            : "the file ends before the picture does");
+    if (picture.ok) picture.frames = framesOf(cycles::animationOf(format, source, real));
     return picture;
 }
 

@@ -70,9 +70,9 @@ struct DesktopPicture {
 // those of the converter's bitmap, and a picture whose colours cycle has the
 // palettes of its frames. Broken files fail with a reason: an empty
 // file, one the decoder rejects, and one whose picture needs bytes the file
-// does not have (a packed picture cut short, or a plain one that ends before
-// its first row; a plain picture that ends later shows what it has, as in the
-// viewer), and one longer than kLongestFile.
+// does not have (a packed picture whose data run on past the file's end, or
+// a plain one that ends before its first row; a plain picture that ends later
+// shows what it has, as in the viewer), and one longer than kLongestFile.
 DesktopPicture decodeForDesktop(const Format& format, std::span<const std::uint8_t> head, std::uint64_t length);
 
 // The size of the picture decodeForDesktop gives for a kind (1 to 4).

@@ -55,40 +55,39 @@ Bytes tinyHeader(std::uint8_t first, std::uint8_t range, std::uint8_t speed) {
 }
 
 TEST(Cycles, ChannelsReadFromEachFormatsBytes) {
-    struct Row { const char* what; Bytes file; const char* ext; int kind; const char* want; };
+    struct Row { const char* what; Bytes file; const char* ext; const char* want; };
     const Bytes pi1(32034), pi2(32034), pi3(32034);
     const Bytes block = withDegasBlock(packedLowScreen(), 1634, {{2, 5, 2, 6}});
     const Bytes cutShort(block.begin(), block.end() - 1);
     const Row rows[] = {
-        {"neochrome left", neochrome(0x8000 | 0x1E, 0x8000 | 0xFD), "NEO", 1, "1..14 L3;"},
-        {"neochrome right", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "NEO", 1, "0..15 R5;"},
-        {"neochrome junk in bits 8-14", neochrome(0xFF00 | 0x2A, 0xFF00 | 0x02), "NEO", 1, "2..10 R2;"},
-        {"neochrome speed 0", neochrome(0x8000 | 0x0F, 0x8000), "NEO", 1, ""},
-        {"neochrome not valid", neochrome(0x0F, 0x8000 | 0x05), "NEO", 1, ""},
-        {"neochrome not on", neochrome(0x8000 | 0x0F, 0x05), "NEO", 1, ""},
-        {"neochrome reversed range", neochrome(0x8000 | 0xF0, 0x8000 | 0x05), "NEO", 1, ""},
+        {"neochrome left", neochrome(0x8000 | 0x1E, 0x8000 | 0xFD), "NEO", "1..14 L3;"},
+        {"neochrome right", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "NEO", "0..15 R5;"},
+        {"neochrome junk in bits 8-14", neochrome(0xFF00 | 0x2A, 0xFF00 | 0x02), "NEO", "2..10 R2;"},
+        {"neochrome speed 0", neochrome(0x8000 | 0x0F, 0x8000), "NEO", ""},
+        {"neochrome not valid", neochrome(0x0F, 0x8000 | 0x05), "NEO", ""},
+        {"neochrome not on", neochrome(0x8000 | 0x0F, 0x05), "NEO", ""},
+        {"neochrome reversed range", neochrome(0x8000 | 0xF0, 0x8000 | 0x05), "NEO", ""},
         {"degas four channels in order", withDegasBlock(pi1, 32034, {{0, 3, 0, 1}, {4, 7, 2, 128}, {8, 9, 1, 4},
                                                                      {10, 15, 2, 9}}),
-         "PI1", 1, "0..3 L1;4..7 R128;10..15 R9;"},
-        {"degas all zero block plays nothing", withDegasBlock(pi1, 32034, {}), "PI1", 1, ""},
-        {"degas file without the block", pi1, "PI1", 1, ""},
-        {"degas delay out of range", withDegasBlock(pi1, 32034, {{0, 3, 0, 0}, {0, 3, 0, 129}}), "PI1", 1, ""},
-        {"degas direction other than 0 or 2", withDegasBlock(pi1, 32034, {{0, 3, 3, 4}}), "PI1", 1, ""},
-        {"medium: a range past 4 colours", withDegasBlock(pi2, 32034, {{0, 4, 0, 2}, {1, 3, 2, 2}}), "PI2", 2,
-         "1..3 R2;"},
-        {"high: a range past 2 colours", withDegasBlock(pi3, 32034, {{0, 2, 0, 2}, {0, 1, 2, 2}}), "PI3", 3,
-         "0..1 R2;"},
-        {"compressed: block behind the screen", block, "PC1", 1, "2..5 R6;"},
-        {"compressed: file ends with its screen", packedLowScreen(), "PC1", 1, ""},
-        {"compressed: block cut short", cutShort, "PC1", 1, ""},
-        {"tiny with cycles", tinyHeader(3, 0x4E, -54 & 0xFF), "TNY", 1, "4..14 L54;"},
-        {"tiny medium, range inside 4", tinyHeader(4, 0x03, 7), "TN2", 2, "0..3 R7;"},
-        {"tiny without cycles", tinyHeader(0, 0x4E, 5), "TN1", 1, ""},
-        {"tiny speed 0", tinyHeader(3, 0x4E, 0), "TNY", 1, ""},
-        {"spectrum has none", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "SPU", 1, ""},
+         "PI1", "0..3 L1;4..7 R128;10..15 R9;"},
+        {"degas all zero block plays nothing", withDegasBlock(pi1, 32034, {}), "PI1", ""},
+        {"degas file without the block", pi1, "PI1", ""},
+        {"degas delay out of range", withDegasBlock(pi1, 32034, {{0, 3, 0, 0}, {0, 3, 0, 129}}), "PI1", ""},
+        {"degas direction other than 0 or 2", withDegasBlock(pi1, 32034, {{0, 3, 3, 4}}), "PI1", ""},
+        {"medium: a range past 4 colours", withDegasBlock(pi2, 32034, {{0, 4, 0, 2}, {1, 3, 2, 2}}), "PI2", "1..3 R2;"},
+        {"high: a range past 2 colours", withDegasBlock(pi3, 32034, {{0, 2, 0, 2}, {0, 1, 2, 2}}), "PI3", "0..1 R2;"},
+        {"compressed: block behind the screen", block, "PC1", "2..5 R6;"},
+        {"compressed: file ends with its screen", packedLowScreen(), "PC1", ""},
+        {"compressed: block cut short", cutShort, "PC1", ""},
+        {"tiny with cycles", tinyHeader(3, 0x4E, -54 & 0xFF), "TNY", "4..14 L54;"},
+        {"tiny medium, range inside 4", tinyHeader(4, 0x03, 7), "TN2", "0..3 R7;"},
+        {"tiny without cycles", tinyHeader(0, 0x4E, 5), "TN1", ""},
+        {"tiny speed 0", tinyHeader(3, 0x4E, 0), "TNY", ""},
+        {"spectrum has none", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "SPU", ""},
     };
     for (const Row& r : rows) {
-        const auto channels = cycles::readChannels(*findFormat(r.ext), Source{r.file, r.file.size()}, r.kind);
+        const Decoded decoded = vtest::decodeAs(*vtest::freshStaging(), r.file, r.ext);
+        const auto channels = cycles::readChannels(*findFormat(r.ext), Source{r.file, r.file.size()}, decoded);
         EXPECT_EQ(describe(channels), r.want) << r.what;
     }
 }

@@ -35,6 +35,51 @@ TEST(DesktopPicture, APlainPictureCutAfterItsFirstRowsShowsThemLinesDoubled) {
     EXPECT_TRUE(std::equal(full.indices.begin(), full.indices.begin() + 40 * 640, cut.indices.begin()));
 }
 
+bool isPlainScreen(const Format& f) { return f.routine == "degas1" || f.routine == "degas2" || f.routine == "degas3"; }
+
+// Whether the first `length` bytes of `file` give another picture when
+// every byte behind them is set than when it is clear: in the top row alone
+// for a plain screen, which shows what it has below.
+bool needsMore(const Format& format, const vtest::Bytes& file, std::size_t length) {
+    const auto decode = [&](std::uint8_t fill) {
+        vtest::Bytes padded(file.begin(), file.begin() + std::ptrdiff_t(length));
+        padded.resize(kSourceLimit, fill);
+        return vtest::bytesOf(decodeWith(format, *vtest::freshStaging(), Source{padded, length}).bitmap);
+    };
+    const vtest::Bytes clear = decode(0), set = decode(0xFF);
+    const std::size_t topRow = isPlainScreen(format) && !set.empty() ? set.size() - (format.kind == 3 ? 80 : 160) : 0;
+    return clear.size() != set.size() || !std::equal(set.begin() + std::ptrdiff_t(topRow), set.end(), clear.begin() + std::ptrdiff_t(topRow));
+}
+
+// A plain picture cut short is refused exactly when its top row needs
+// bytes the file lacks; a packed one when its decoder read past the file's
+// end, and no picture it keeps depends on bytes the file does not have.
+TEST(DesktopPicture, ACutFileIsRefusedWhenItsPictureNeedsMissingBytes) {
+    const auto shared = vtest::corpusDir().parent_path();
+    if (!vtest::fs::exists(shared / "synthetic")) GTEST_SKIP() << "no shared pictures";
+    int checked = 0;
+    for (const auto& entry : vtest::fs::recursive_directory_iterator(shared)) {
+        const std::string ext = entry.path().extension().string();
+        const Format* format = ext.empty() ? nullptr : desktop::formatForKey(ext.substr(1));
+        if (!format || !entry.is_regular_file()) continue;
+        const vtest::Bytes file = vtest::readFile(entry.path().string());
+        const auto staging = vtest::freshStaging();
+        const Decoded whole = decodeWith(*format, *staging, Source{file, file.size()});
+        if (whole.rejected || file.size() >= kSourceLimit) continue;
+        const bool plain = isPlainScreen(*format);
+        const std::size_t end = whole.sourceEnd;
+        EXPECT_TRUE(plain || end <= file.size()) << entry.path() << " ends before its picture";
+        for (const std::size_t cut : plain ? std::vector<std::size_t>{113, 114, 193, 194, 287, 288}
+                                           : std::vector<std::size_t>{end - 1, end}) {
+            const bool refused = !desktop::decodeForDesktop(*format, std::span(file).first(cut), cut).ok;
+            EXPECT_EQ(refused, plain ? needsMore(*format, file, cut) : cut < end) << entry.path() << " cut to " << cut;
+            EXPECT_TRUE(refused || !needsMore(*format, file, cut)) << entry.path() << " cut to " << cut;
+        }
+        ++checked;
+    }
+    EXPECT_GT(checked, 100);
+}
+
 TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean) {
     const struct { int width, height, size, thumbWidth, thumbHeight; } cases[] = {
         {320, 200, 128, 128, 80},  {640, 400, 256, 256, 160}, {576, 720, 256, 205, 256},  {320, 200, 512, 320, 200},
