@@ -185,9 +185,17 @@ std::string homeFolder() {
     return "/";
 }
 
+// A MIME database file, or nothing when it cannot be read: only a regular
+// file (a pipe put in its place would block the start-up) and no larger
+// than any real database (Debian's globs2 holds under 100 kilobytes).
 std::string readTextQuietly(const std::string& path) {
-    std::ifstream f(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(f), {});
+    constexpr std::size_t kDatabaseFileLimit = 16 << 20;
+    try {
+        const auto bytes = files::readWhole(path, kDatabaseFileLimit);
+        return std::string(bytes.begin(), bytes.end());
+    } catch (const PlatformError&) {
+        return {};
+    }
 }
 
 std::string readTextIfPresent(const std::string& path) {
