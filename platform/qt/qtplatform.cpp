@@ -326,29 +326,51 @@ void QtPlatform::requestsExpired() {
 
 // ---- Settings store -----------------------------------------------------------
 
+// QSettings reads the store it is given whatever it is (a pipe at the name
+// would stop the start-up for good, a huge file fill the memory) and would
+// write through a link at the name into the file it points to. So it works
+// on a copy in the private folder, a new name each time so that no cached
+// copy of QSettings is taken for it: a copy of the store when that is a
+// regular file of a sane size (reached through a link only for reading),
+// else an empty one.
+std::string QtPlatform::copyOfStore(const std::string& path, bool throughLink) {
+    const std::string copy = privateFolder() + "/options" + std::to_string(++storeCopies_) + ".conf";
+    std::vector<std::uint8_t> bytes;
+    try {
+        struct stat st {};
+        if (throughLink || (::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode)))
+            bytes = files::readWhole(path, kStoreLimit);  // a regular file only
+    } catch (const std::exception&) {
+    }
+    files::writeNew(copy, bytes);
+    return copy;
+}
+
 std::optional<std::string> QtPlatform::readSetting(const std::string& app, const std::string& section,
                                                    const std::string& key) {
-    QSettings store(storePath(app), QSettings::IniFormat);
-    store.beginGroup(QString::fromStdString(section));
-    const QVariant value = store.value(QString::fromStdString(key));
+    QVariant value;
+    try {
+        const std::string copy = copyOfStore(storePath(app).toStdString(), true);
+        {
+            QSettings store(QString::fromStdString(copy), QSettings::IniFormat);
+            store.beginGroup(QString::fromStdString(section));
+            value = store.value(QString::fromStdString(key));
+        }
+        ::unlink(copy.c_str());
+    } catch (const std::exception&) {
+    }
     if (!value.isValid()) return std::nullopt;
     return value.toString().toStdString();
 }
 
+// The changed copy replaces the store the way every file is written: a new
+// file renamed into place. Failures are not looked at, as QSettings' are not.
 void QtPlatform::writeSetting(const std::string& app, const std::string& section, const std::string& key,
                               const std::string& value) {
-    // QSettings would write through a link at the store's name into the file
-    // it points to. It changes a copy in the private folder instead (a new
-    // name each time, so that no cached copy of QSettings is taken for it),
-    // which then replaces the name the way every file is written: a new file
-    // renamed into place. Failures are not looked at, as QSettings' are not.
     const std::string path = storePath(app).toStdString();
     std::string copy;
     try {
-        copy = privateFolder() + "/options" + std::to_string(++storeCopies_) + ".conf";
-        struct stat st {};
-        const bool ownFile = ::lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
-        files::writeNew(copy, ownFile ? files::readWhole(path, kStoreLimit) : std::vector<std::uint8_t>{});
+        copy = copyOfStore(path, false);
         {
             QSettings store(QString::fromStdString(copy), QSettings::IniFormat);
             store.beginGroup(QString::fromStdString(section));

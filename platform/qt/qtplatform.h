@@ -112,6 +112,8 @@ public:
 
 private:
     int storeCopies_ = 0;  // copies of the settings store made so far
+    // A copy of the settings store at `path` in the private folder, for QSettings; its name.
+    std::string copyOfStore(const std::string& path, bool throughLink);
     // The size of the window without its frame: the last one asked for until
     // the window system confirms it, then the window's own.
     QSize windowSize() const;

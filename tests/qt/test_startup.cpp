@@ -1,5 +1,7 @@
 // Start-up order, the first-run question, the options store and quitting,
 // with the real window.
+#include <sys/stat.h>
+
 #include "window_fixture.h"
 
 using namespace vqt;
@@ -56,6 +58,14 @@ TEST_F(WindowTest, OptionsAreReadWithDefaultsAndWrittenAtQuitAsDecimalTextInOrde
               "[options]\ndelay=2\norientation=1\nprintscale=55\nrepeat=0\nsave=1\nsingle=-3\nsize=1\n");
     EXPECT_EQ(vtest::readText(data.file("notes.txt")), stored);
     EXPECT_FALSE(std::filesystem::is_symlink(settingsFile()));
+}
+
+// A pipe at the store's name is no store: the defaults, and no wait for a writer.
+TEST_F(WindowTest, APipeForAStoreGivesTheDefaults) {
+    std::filesystem::create_directories(std::filesystem::path(settingsFile()).parent_path());
+    ASSERT_EQ(::mkfifo(settingsFile().c_str(), 0600), 0);
+    loadAndShow();
+    EXPECT_EQ(optionsOf(viewer().options), std::make_tuple(2, 0, 0, 1, 1, 100, 0));
 }
 
 // The options are written whether the quit goes on or not.
