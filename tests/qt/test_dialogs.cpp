@@ -1,8 +1,7 @@
-// The real message box and open dialog of QtPlatform, answered as soon as
-// they are on screen, and the open dialog's patterns.
+// The real message box of QtPlatform, answered as soon as it is on screen,
+// and the open dialog's patterns. The real open dialog is run in the window
+// tests of files from outside.
 #include <QAbstractButton>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QRegularExpression>
 
@@ -30,27 +29,6 @@ TEST(RealDialogs, MessageBoxShowsTitleTextButtonsAndIconAndGivesTheAnswer) {
             box->button(row.click)->click();
         });
         EXPECT_EQ(platform.messageBox("first\rsecond", "Register Files", row.buttons, row.icon), row.answer);
-    }
-}
-
-TEST(RealDialogs, OpenDialogHasTheFiltersAndGivesTheChosenFileOrNothing) {
-    QtPlatform platform{{}};
-    vtest::TempDir dir;
-    const std::string path = dir.file("Mixed.Pi1");
-    vtest::writeFile(path, vtest::Bytes(10, 0));
-    for (const bool cancel : {false, true}) {
-        whenModal<QFileDialog>([&](QFileDialog* dialog) {
-            EXPECT_EQ(dialog->windowTitle(), "Select Picture File.");
-            EXPECT_EQ(dialog->selectedNameFilter(), "Atari Pictures") << "the first entry, by its description";
-            EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFile) << "the file must exist";
-            if (cancel) return dialog->reject();
-            // Typed as a whole path: no wait for the listing of the folder.
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
-            QMetaObject::invokeMethod(dialog, "accept");
-        });
-        platform.setFileName("before");
-        platform.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
-        EXPECT_EQ(platform.fileName(), cancel ? "" : path) << "a cancel leaves the name empty";
     }
 }
 
