@@ -80,7 +80,7 @@ void checkAnimation(const std::string& picture, const vcheck::Expected& expected
         if (!gdk_pixbuf_animation_is_static_image(animation)) fail(picture, "a still picture as an animation");
         return g_object_unref(animation);
     }
-    const std::vector<int> delays = vcheck::delaysMs(expected.animation);
+    const std::vector<int> delays = velmoric::cycles::delaysIn(expected.animation.frames, 1000);
     GTimeVal time{1000, 0};
     GdkPixbufAnimationIter* iter = gdk_pixbuf_animation_get_iter(animation, &time);
     for (std::size_t i = 0; i <= frames.size(); ++i) {
