@@ -52,10 +52,7 @@ struct SlideShowTest : WindowTest {
     fs::path before = fs::current_path();
     ShowPlatform* show = nullptr;
 
-    void TearDown() override {
-        fs::current_path(before);
-        WindowTest::TearDown();
-    }
+    void TearDown() override { fs::current_path(before); }
     // A fresh window on screen with `names` in the folder; a name ending in
     // "spu" holds a file one byte short of a Spectrum picture.
     void ready(const std::vector<std::string>& names, int delay, int repeat) {

@@ -88,7 +88,7 @@ inline std::string settingsFile() {
 struct WindowTest : ::testing::Test {
     vtest::TempDir data, dataDirs, programDir;
     std::unique_ptr<ScriptedPlatform> platform;
-    std::unique_ptr<Form1> form;
+    std::unique_ptr<Form1> form;  // declared last: goes first, before its platform
 
     void SetUp() override {
         setenv("XDG_DATA_HOME", data.path().c_str(), 1);
@@ -96,10 +96,6 @@ struct WindowTest : ::testing::Test {
         std::filesystem::remove_all(std::getenv("XDG_CONFIG_HOME"));
         std::filesystem::create_directories(std::getenv("XDG_CONFIG_HOME"));
         make();
-    }
-    void TearDown() override {
-        form.reset();
-        platform.reset();
     }
 
     // A fresh platform and window, as at a new start of the program.
