@@ -83,8 +83,7 @@ TEST(DesktopPicture, ACutFileIsRefusedWhenItsPictureNeedsMissingBytes) {
 TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean) {
     const struct { int width, height, size, thumbWidth, thumbHeight; } cases[] = {
         {320, 200, 128, 128, 80},  {640, 400, 256, 256, 160}, {576, 720, 256, 205, 256},  {320, 200, 512, 320, 200},
-        {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720},
-    };
+        {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720}};
     for (const auto& c : cases) {
         desktop::DesktopPicture p;
         p.width = c.width, p.height = c.height;
@@ -122,8 +121,7 @@ TEST(DesktopThumbnail, RefusalsNameTheFileAndTheReason) {
          "not a valid Spectrum 512 smooshed file: its colour data lie outside the file"},
         {"a.neo", {}, 1 << 30, "the file is far longer than any Atari picture"},
         {"a.png", {}, 100, "not an Atari picture name"},
-        {"gone.neo", {}, -1, ""},
-    };
+        {"gone.neo", {}, -1, ""}};
     for (const auto& c : cases) {
         const std::string file = dir.file(c.name);
         if (c.length >= 0) {

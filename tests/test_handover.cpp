@@ -42,8 +42,7 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
         {"each start its own copy", 1, 1, true, false, "Form1 Form1"},
         {"first copy on its own, second asks", 1, 0, true, false, "Form1 cmdLine"},
         {"second copy on its own", 0, 1, true, false, "cmdLine Form1"},
-        {"first copy does not answer", 0, 0, false, false, "cmdLine cmdLine"},
-    };
+        {"first copy does not answer", 0, 0, false, false, "cmdLine cmdLine"}};
     for (const auto& r : rows) {
         SCOPED_TRACE(r.what);
         bus = std::make_shared<HeadlessBus>();

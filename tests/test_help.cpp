@@ -40,8 +40,7 @@ TEST_F(HelpTest, EveryPageHasItsTitleDashesAndSentences) {
          "The program supports file association, so clicking on a supported picture file in the file manager will "
          "start Velmoric and display the picture."},
         {"More Misc.", 9, "copyright"},
-        {"Contact.", 8, "issue tracker"},
-    };
+        {"Contact.", 8, "issue tracker"}};
     for (int n = 1; n <= 10; ++n) {
         const Row& r = rows[n - 1];
         const std::string& p = h.pages[std::size_t(n)];

@@ -33,8 +33,7 @@ TEST(Listing, HoldsTheNormalFilesInNameOrderAndFollowsEveryChange) {
         [&] { fs::rename(other.file("x"), "moved-in"); },
         [] { fs::remove("fifo.neo"), vtest::writeFile("fifo.neo", {1}); },
         [&] { fs::current_path(other.path()); },
-        [&] { fs::current_path(dir.path()); },
-    };
+        [&] { fs::current_path(dir.path()); }};
     for (std::size_t i = 0; i < std::size(changes); ++i) {
         ui.listFolder();
         changes[i]();

@@ -77,8 +77,7 @@ TEST_F(CycleTest, EveryCommandStopsThePlayFirst) {
         {"open, cancelled", [](Viewer& v) { v.fmenu_Click(0); }},
         {"hand-over of a bad file", [this](Viewer& v) { v.Form_LinkExecute(corpus("pi3/TRANS.PI3")); }},
         {"drop", [this](Viewer& v) { v.Image1_OLEDragDrop({corpus("pc1/MAGICMTN.PC1")}); }},
-        {"save, refused", [](Viewer& v) { v.nopicture = kTrue, v.savepic(); }},
-    };
+        {"save, refused", [](Viewer& v) { v.nopicture = kTrue, v.savepic(); }}};
     for (const auto& [what, command] : commands) {
         viewer().Form_LinkExecute(corpus("neo/LOD_AUTOBIG2.NEO"));
         pressC();

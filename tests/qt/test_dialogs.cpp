@@ -17,8 +17,7 @@ TEST(RealDialogs, MessageBoxShowsTitleTextButtonsAndIconAndGivesTheAnswer) {
     const Row rows[] = {
         {Buttons::YesNo, Icon::None, QMessageBox::No, Answer::No, QMessageBox::NoIcon},
         {Buttons::YesNo, Icon::Question, QMessageBox::Yes, Answer::Yes, QMessageBox::Question},
-        {Buttons::Ok, Icon::Exclamation, QMessageBox::Ok, Answer::Ok, QMessageBox::Warning},
-    };
+        {Buttons::Ok, Icon::Exclamation, QMessageBox::Ok, Answer::Ok, QMessageBox::Warning}};
     for (const auto& row : rows) {
         SCOPED_TRACE(int(row.icon));
         whenModal<QMessageBox>([&](QMessageBox* box) {
@@ -36,8 +35,7 @@ TEST(NameFilters, PatternsMatchInAnyCase) {
     const std::tuple<const char*, const char*, bool> rows[] = {
         {"*.NEO", "x.neo", true}, {"*.NEO", "X.NEO", true},  {"*.NEO", "x.Neo", true}, {"*.NEO", "x.ne", false},
         {"*.PI?", "a.pI3", true}, {"*.PI?", "a.PI", false},  {"*.TN?", "b.tny", true}, {"*.CA?", "c.ca1", true},
-        {"*.SPU", "s.spc", false}, {"*.MAC", "m.Mac", true},
-    };
+        {"*.SPU", "s.spc", false}, {"*.MAC", "m.Mac", true}};
     for (const auto& [pattern, name, matches] : rows) {
         const QString wildcard = caseInsensitivePattern(QString::fromLatin1(pattern));
         const QRegularExpression re(QRegularExpression::wildcardToRegularExpression(wildcard));

@@ -54,8 +54,7 @@ TEST_F(FilesFromOutside, Image1AloneTakesListsOfLocalFiles) {
     const std::tuple<QWidget*, QList<QUrl>, Qt::DropActions> refused[] = {
         {form->image1(), {}, Qt::CopyAction},          {form->image1(), {remote}, Qt::CopyAction},
         {form->image1(), {a}, Qt::MoveAction},         {form->label1(), {a}, Qt::CopyAction},
-        {form->toolbar1(), {a}, Qt::CopyAction},       {form->menuBar(), {a}, Qt::CopyAction},
-    };
+        {form->toolbar1(), {a}, Qt::CopyAction},       {form->menuBar(), {a}, Qt::CopyAction}};
     for (const auto& [target, urls, actions] : refused)
         EXPECT_FALSE(dragAndDrop(target, urls, actions)) << target->objectName().toStdString() << " " << urls.size();
     EXPECT_EQ(form->label1()->text(), "");
