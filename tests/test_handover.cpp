@@ -85,9 +85,7 @@ TEST_F(HandoverTest, ARelativeNameGoesOverAbsolute) {
 TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {
     const std::string outer = picture("outer.neo", 3), inner = picture("inner.neo", 4);
     auto first = start(outer, 0, false);
-    first->ui.onYield = [&] {
-        if (first->ui.yields == 1) first->ui.incoming.push_back(inner);
-    };
+    first->ui.onYield = [&] { if (first->ui.yields == 1) first->ui.incoming.push_back(inner); };
     first->v.Timer1_Timer();
     EXPECT_TRUE(first->ui.label.starts_with("INNER.NEO  ")) << first->ui.label;
     EXPECT_EQ(first->ui.image.bytes(), vtest::decodeFresh(vtest::readFile(inner), "NEO"));

@@ -6,19 +6,15 @@ using namespace vqt;
 
 namespace {
 
-struct KindRow {
-    int kind, width, height;
-    double freeRatio;
-};
-
-const KindRow kKinds[] = {{1, 320, 200, 0.625}, {2, 640, 200, 0.625}, {3, 640, 400, 0.625}, {4, 576, 720, 1.25}};
+const struct { int kind, width, height; double freeRatio; } kKinds[] = {
+    {1, 320, 200, 0.625}, {2, 640, 200, 0.625}, {3, 640, 400, 0.625}, {4, 576, 720, 1.25}};
 
 // Native mode gives the native width and height; free mode holds the area
 // below Image1 at the client width times the ratio (kind 2 at 640: 400 high).
 // The platform's client measures are those of the widgets just laid out.
 TEST_F(WindowTest, EachKindTakesItsNativeSizeOrTheClientWidthTimesTheRatio) {
     loadAndShow();
-    for (const KindRow& k : kKinds) {
+    for (const auto& k : kKinds) {
         SCOPED_TRACE("kind " + std::to_string(k.kind));
         layOut(k.kind, 1);
         EXPECT_EQ(platform->clientWidth(), k.width);

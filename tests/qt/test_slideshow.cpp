@@ -152,9 +152,7 @@ TEST_F(SlideShowTest, NoPicturesAndFailuresEndTheShowWithTheirBoxAndLeaveThePict
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         ready(row.files, 0, 1);
-        show->onPicture = [&] {
-            if (row.removeDuringWait) fs::remove(folder.file("a.neo"));
-        };
+        show->onPicture = [&] { if (row.removeDuringWait) fs::remove(folder.file("a.neo")); };
         run();
         ASSERT_EQ(platform->messages.size(), 1u);
         const auto& m = platform->messages[0];
@@ -171,9 +169,7 @@ TEST_F(SlideShowTest, OnlyAFullWaitLeavesAPictureToSaveAndToWarnAbout) {
     for (const bool stopAtOnce : {true, false}) {
         ready({"a.neo"}, stopAtOnce ? 5 : 0, 0);
         viewer().options.save = 1;
-        show->onPicture = [&] {
-            if (stopAtOnce) click(form->image1());
-        };
+        show->onPicture = [&] { if (stopAtOnce) click(form->image1()); };
         run();
         EXPECT_TRUE(ended());
         viewer().fmenu_Click(1);

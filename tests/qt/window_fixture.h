@@ -25,11 +25,7 @@ using namespace velmoric::qt;
 
 class ScriptedPlatform : public QtPlatform {
 public:
-    struct Message {
-        std::string text, title;
-        Buttons buttons;
-        Icon icon;
-    };
+    struct Message { std::string text, title; Buttons buttons; Icon icon; };
 
     explicit ScriptedPlatform(std::vector<std::string> arguments = {}) : QtPlatform(std::move(arguments)) {}
 
@@ -81,9 +77,7 @@ void whenModal(std::function<void(Dialog*)> answer) {
     timer->start(10);
 }
 
-inline std::string settingsFile() {
-    return std::string(std::getenv("XDG_CONFIG_HOME")) + "/velmoric/velmoric.conf";
-}
+inline std::string settingsFile() { return std::string(std::getenv("XDG_CONFIG_HOME")) + "/velmoric/velmoric.conf"; }
 
 struct WindowTest : ::testing::Test {
     vtest::TempDir data, dataDirs, programDir;
