@@ -106,10 +106,8 @@ std::string order(const cycles::Palette& p) {
 TEST(Cycles, StepsMoveOnlyTheRangeAndOverlappingChannelsApplyInOrder) {
     struct Row { std::vector<Channel> channels; long long tick; const char* want; };
     const Row rows[] = {
-        {{{1, 4, Direction::left, 2}}, 1, "abcdefgh"},
-        {{{1, 4, Direction::left, 2}}, 2, "acdebfgh"},
-        {{{1, 4, Direction::right, 2}}, 2, "aebcdfgh"},
-        {{{1, 4, Direction::right, 2}}, 8, "abcdefgh"},
+        {{{1, 4, Direction::left, 2}}, 1, "abcdefgh"}, {{{1, 4, Direction::left, 2}}, 2, "acdebfgh"},
+        {{{1, 4, Direction::right, 2}}, 2, "aebcdfgh"}, {{{1, 4, Direction::right, 2}}, 8, "abcdefgh"},
         // Both step at tick 6: the second turns what the first left.
         {{{0, 3, Direction::left, 3}, {2, 5, Direction::right, 2}}, 6, "fedcbagh"},
         {{{0, 3, Direction::left, 3}, {2, 5, Direction::right, 2}}, 7, "fedcbagh"}};
