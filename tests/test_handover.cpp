@@ -10,10 +10,7 @@ using namespace velmoric;
 namespace {
 
 // One copy of the program: its platform and its window's core.
-struct Copy {
-    HeadlessPlatform ui;
-    Viewer v{ui};
-};
+struct Copy { HeadlessPlatform ui; Viewer v{ui}; };
 
 struct HandoverTest : ::testing::Test {
     vtest::TempDir dir;

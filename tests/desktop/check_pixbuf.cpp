@@ -21,11 +21,7 @@ using Pixbuf = std::unique_ptr<GdkPixbuf, decltype(&g_object_unref)>;
 
 // A picture read by a loader made for `type`, as Eye of GNOME makes one, or
 // by name where `type` is null; a null image with the error where it fails.
-struct Loaded {
-    Pixbuf image{nullptr, g_object_unref};
-    bool animated = false;
-    std::string error;
-};
+struct Loaded { Pixbuf image{nullptr, g_object_unref}; bool animated = false; std::string error; };
 
 Loaded load(const std::vector<std::uint8_t>& bytes, const char* type) {
     Loaded out;

@@ -70,8 +70,7 @@ TEST_F(Form4Test, TheScaleAndTheOrientationMoveThePreviewOnTheSheet) {
 
 TEST_F(Form4Test, EveryWayOfClosingStoresWhatTheDialogShows) {
     const std::function<void(Form4&)> ways[] = {
-        [](Form4& f) { f.command1()->click(); },
-        [](Form4& f) { f.close(); },
+        [](Form4& f) { f.command1()->click(); }, [](Form4& f) { f.close(); },
         [](Form4& f) {
             QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
             QApplication::sendEvent(&f, &escape);

@@ -57,8 +57,7 @@ struct SlideShowTest : WindowTest {
     // "spu" holds a file one byte short of a Spectrum picture.
     void ready(const std::vector<std::string>& names, int delay, int repeat) {
         show = &make<ShowPlatform>();
-        for (const std::string& name : names)
-            folder.random(name, name.ends_with("spu") ? 51103 : 32128, 1);
+        for (const std::string& name : names) folder.random(name, name.ends_with("spu") ? 51103 : 32128, 1);
         loadAndShow();
         viewer().options.delay = std::int16_t(delay);
         viewer().options.repeat = std::int16_t(repeat);
