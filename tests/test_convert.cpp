@@ -37,10 +37,8 @@ struct ConvertTest : ::testing::Test {
 TEST_F(ConvertTest, PngHoldsExactlyTheBitmapsPixels) {
     struct Case { std::string name; vtest::Bytes file; int bitDepth, colourType; };  // 3 indexed, 2 RGB
     const Case cases[] = {
-        {"a.neo", vtest::randomBytes(32128, 1), 4, 3},
-        {"b.pi3", vtest::randomBytes(32034, 2), 1, 3},
-        {"c.mac", vtest::randomBytes(52000, 3), 1, 3},
-        {"d.spu", vtest::randomBytes(51104, 4), 8, 2},
+        {"a.neo", vtest::randomBytes(32128, 1), 4, 3}, {"b.pi3", vtest::randomBytes(32034, 2), 1, 3},
+        {"c.mac", vtest::randomBytes(52000, 3), 1, 3}, {"d.spu", vtest::randomBytes(51104, 4), 8, 2},
         {"e.spu", vtest::Bytes(51104, 0), 4, 3},  // one colour
     };
     for (const auto& c : cases) {

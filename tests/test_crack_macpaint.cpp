@@ -33,8 +33,7 @@ TEST(Crack, PackedStreamsLayTheScreenOfTheUnpackedFile) {
         {"the last pass ends a run", {E, I, 0, 2, E, 1, 0x7C, 0xFE, 7, E, 0, 4, 9},
          {{0, 16000, 2, 7}, {1, 15999, 2, 7}, {31999, 1, 1, 9}}},
         {"a skip ends the picture", {E, I, 0, 1, E, 1, 0x7C, 0xFE, 7, E, 2, 1, 0, 3, 3}, {{0, 31999, 1, 7}}},
-        {"stride 32767: a byte a pass", {E, I, 0x7F, 0xFF, 1, 2, E, 2, 0}, {{0, 1, 1, 1}, {1, 1, 1, 2}}},
-    };
+        {"stride 32767: a byte a pass", {E, I, 0x7F, 0xFF, 1, 2, E, 2, 0}, {{0, 1, 1, 1}, {1, 1, 1, 2}}}};
     for (const auto& [name, fields, stored] : cases) {
         Bytes screen(32000, I);
         for (const auto& [first, count, step, value] : stored)

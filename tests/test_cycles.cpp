@@ -83,8 +83,7 @@ TEST(Cycles, ChannelsReadFromEachFormatsBytes) {
         {"tiny medium, range inside 4", tinyHeader(4, 0x03, 7), "TN2", "0..3 R7;"},
         {"tiny without cycles", tinyHeader(0, 0x4E, 5), "TN1", ""},
         {"tiny speed 0", tinyHeader(3, 0x4E, 0), "TNY", ""},
-        {"spectrum has none", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "SPU", ""},
-    };
+        {"spectrum has none", neochrome(0x8000 | 0x0F, 0x8000 | 0x05), "SPU", ""}};
     for (const Row& r : rows) {
         const Decoded decoded = vtest::decodeAs(*vtest::freshStaging(), r.file, r.ext);
         const auto channels = cycles::readChannels(*findFormat(r.ext), Source{r.file, r.file.size()}, decoded);
@@ -107,14 +106,11 @@ std::string order(const cycles::Palette& p) {
 TEST(Cycles, StepsMoveOnlyTheRangeAndOverlappingChannelsApplyInOrder) {
     struct Row { std::vector<Channel> channels; long long tick; const char* want; };
     const Row rows[] = {
-        {{{1, 4, Direction::left, 2}}, 1, "abcdefgh"},
-        {{{1, 4, Direction::left, 2}}, 2, "acdebfgh"},
-        {{{1, 4, Direction::right, 2}}, 2, "aebcdfgh"},
-        {{{1, 4, Direction::right, 2}}, 8, "abcdefgh"},
+        {{{1, 4, Direction::left, 2}}, 1, "abcdefgh"}, {{{1, 4, Direction::left, 2}}, 2, "acdebfgh"},
+        {{{1, 4, Direction::right, 2}}, 2, "aebcdfgh"}, {{{1, 4, Direction::right, 2}}, 8, "abcdefgh"},
         // Both step at tick 6: the second turns what the first left.
         {{{0, 3, Direction::left, 3}, {2, 5, Direction::right, 2}}, 6, "fedcbagh"},
-        {{{0, 3, Direction::left, 3}, {2, 5, Direction::right, 2}}, 7, "fedcbagh"},
-    };
+        {{{0, 3, Direction::left, 3}, {2, 5, Direction::right, 2}}, 7, "fedcbagh"}};
     for (const Row& r : rows) {
         EXPECT_EQ(order(cycles::paletteAt(numbered(8), r.channels, r.tick)), r.want)
             << describe(r.channels) << " at " << r.tick;
@@ -163,8 +159,7 @@ TEST(Cycles, RealPicturesWithCycles) {
         {"neo/LOD_FONT1_C.NEO", "1..14 L3;"},  {"neo/LOD_FONT1_D.NEO", "0..15 R3;"},
         {"neo/LOD_FONTM1_4.NEO", "1..14 L3;"}, {"neo/LOD_RIPPED.NEO", "0..1 R127;"},
         {"pc1/ELITE_TITLE.PC1", "8..11 R2;"},  {"pc1/LOGO.PC1", "7..11 L3;"},
-        {"pc1/MAGICMTN.PC1", "9..15 R3;"},     {"pi1/00471.PI1", "11..14 R2;"},
-    };
+        {"pc1/MAGICMTN.PC1", "9..15 R3;"},     {"pi1/00471.PI1", "11..14 R2;"}};
     if (!std::filesystem::exists(vtest::corpusDir())) GTEST_SKIP() << "no corpus";
     for (const auto& [name, want] : rows) {
         const Bytes file = vtest::readFile((vtest::corpusDir() / name).string());

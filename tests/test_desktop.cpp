@@ -83,8 +83,7 @@ TEST(DesktopPicture, ACutFileIsRefusedWhenItsPictureNeedsMissingBytes) {
 TEST(DesktopThumbnail, KeepsProportionsEnlargesInWholeBlocksAndShrinksByTheMean) {
     const struct { int width, height, size, thumbWidth, thumbHeight; } cases[] = {
         {320, 200, 128, 128, 80},  {640, 400, 256, 256, 160}, {576, 720, 256, 205, 256},  {320, 200, 512, 320, 200},
-        {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720},
-    };
+        {320, 200, 1024, 960, 600}, {640, 400, 320, 320, 200}, {576, 720, 1024, 576, 720}};
     for (const auto& c : cases) {
         desktop::DesktopPicture p;
         p.width = c.width, p.height = c.height;
@@ -112,8 +111,7 @@ TEST(DesktopThumbnail, RefusalsNameTheFileAndTheReason) {
     const std::string out = dir.file("x.png");
     // The length of the file, its start filled up with zeros; -1: no file.
     const struct { const char* name; vtest::Bytes start; long long length; std::string reason; } cases[] = {
-        {"a.Neo", {}, 0, "the file is empty"},
-        {"a.spu", {}, 100, "not a valid Spectrum 512 file"},
+        {"a.Neo", {}, 0, "the file is empty"}, {"a.spu", {}, 100, "not a valid Spectrum 512 file"},
         {"a.pc1", {}, 100, "the file ends before the picture does"},
         {"a.pi1", {}, 100, "the file ends before the first row of the picture"},
         {"a.tn1", {}, 100, "not a valid Tiny low resolution file: its control bytes lie outside the file"},
@@ -121,9 +119,7 @@ TEST(DesktopThumbnail, RefusalsNameTheFileAndTheReason) {
         {"a.sps", {0, 0, 0, 0, 0, 100}, 100,
          "not a valid Spectrum 512 smooshed file: its colour data lie outside the file"},
         {"a.neo", {}, 1 << 30, "the file is far longer than any Atari picture"},
-        {"a.png", {}, 100, "not an Atari picture name"},
-        {"gone.neo", {}, -1, ""},
-    };
+        {"a.png", {}, 100, "not an Atari picture name"}, {"gone.neo", {}, -1, ""}};
     for (const auto& c : cases) {
         const std::string file = dir.file(c.name);
         if (c.length >= 0) {

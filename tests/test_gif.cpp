@@ -88,15 +88,16 @@ TEST(GifOutput, FramesArePaletteRotationsWithTheirDelaysAndStillsStayOneFrame) {
     }
 }
 
+// In hundredths for a GIF and in milliseconds for the desktop's plugins.
 TEST(GifOutput, DelaysKeepTheRunningTotalTrue) {
-    const std::pair<std::vector<int>, std::vector<int>> rows[] = {
-        {{3, 3, 3}, {5, 5, 5}}, {{2, 2, 2, 2, 2, 2}, {3, 4, 3, 3, 4, 3}},
-        {{127, 127}, {212, 211}}, {{1, 1, 1}, {2, 1, 2}},
-    };
-    for (const auto& [ticks, hundredths] : rows) {
+    const std::tuple<std::vector<int>, std::vector<int>, std::vector<int>> rows[] = {
+        {{3, 3, 3}, {5, 5, 5}, {50, 50, 50}}, {{2, 2, 2, 2, 2, 2}, {3, 4, 3, 3, 4, 3}, {33, 34, 33, 33, 34, 33}},
+        {{127, 127}, {212, 211}, {2117, 2116}}, {{1, 1, 1}, {2, 1, 2}, {17, 16, 17}}};
+    for (const auto& [ticks, hundredths, ms] : rows) {
         std::vector<cycles::Frame> frames;
         for (int t : ticks) frames.push_back({{}, t});
         EXPECT_EQ(cycles::delaysIn(frames, 100), hundredths) << ticks.size() << " frames of " << ticks[0];
+        EXPECT_EQ(cycles::delaysIn(frames, 1000), ms) << ticks.size() << " frames of " << ticks[0];
     }
 }
 

@@ -10,10 +10,7 @@ using namespace velmoric;
 namespace {
 
 // One copy of the program: its platform and its window's core.
-struct Copy {
-    HeadlessPlatform ui;
-    Viewer v{ui};
-};
+struct Copy { HeadlessPlatform ui; Viewer v{ui}; };
 
 struct HandoverTest : ::testing::Test {
     vtest::TempDir dir;
@@ -42,8 +39,7 @@ TEST_F(HandoverTest, FirstTickByOptionAndEarlierCopy) {
         {"each start its own copy", 1, 1, true, false, "Form1 Form1"},
         {"first copy on its own, second asks", 1, 0, true, false, "Form1 cmdLine"},
         {"second copy on its own", 0, 1, true, false, "cmdLine Form1"},
-        {"first copy does not answer", 0, 0, false, false, "cmdLine cmdLine"},
-    };
+        {"first copy does not answer", 0, 0, false, false, "cmdLine cmdLine"}};
     for (const auto& r : rows) {
         SCOPED_TRACE(r.what);
         bus = std::make_shared<HeadlessBus>();
@@ -86,9 +82,7 @@ TEST_F(HandoverTest, ARelativeNameGoesOverAbsolute) {
 TEST_F(HandoverTest, ACommandInsideAYieldOpensItsFileWithinTheRunningOpen) {
     const std::string outer = picture("outer.neo", 3), inner = picture("inner.neo", 4);
     auto first = start(outer, 0, false);
-    first->ui.onYield = [&] {
-        if (first->ui.yields == 1) first->ui.incoming.push_back(inner);
-    };
+    first->ui.onYield = [&] { if (first->ui.yields == 1) first->ui.incoming.push_back(inner); };
     first->v.Timer1_Timer();
     EXPECT_TRUE(first->ui.label.starts_with("INNER.NEO  ")) << first->ui.label;
     EXPECT_EQ(first->ui.image.bytes(), vtest::decodeFresh(vtest::readFile(inner), "NEO"));

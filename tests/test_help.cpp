@@ -27,21 +27,17 @@ struct HelpTest : ::testing::Test {
 TEST_F(HelpTest, EveryPageHasItsTitleDashesAndSentences) {
     struct Row { const char* title; int dashes; const char* sentence; };
     const Row rows[] = {
-        {"Introduction.", 13,
-         "Thanks for using the Velmoric picture viewer. I have produced this program to enable easy viewing of "
-         "these files on the PC."},
+        {"Introduction.", 13, "Thanks for using the Velmoric picture viewer. I have produced this program to "
+                              "enable easy viewing of these files on the PC."},
         {"Contents.", 9, "Contact.         Page 10"},
         {"File Menu.", 9, "Save as.   Save the current picture as a Windows"},
         {"Edit Menu.", 9, "Copy.        Copies the current picture to the"},
         {"Tool Menu.", 9, "Click  anywhere on the picture to stop"},
         {"Help Menu.", 9, "Help pages.  Your here. These help pages."},
         {"Options Window.", 15, "Medium resolution pictures will be"},
-        {"Misc.", 4,
-         "The program supports file association, so clicking on a supported picture file in the file manager will "
-         "start Velmoric and display the picture."},
-        {"More Misc.", 9, "copyright"},
-        {"Contact.", 8, "issue tracker"},
-    };
+        {"Misc.", 4, "The program supports file association, so clicking on a supported picture file in the "
+                     "file manager will start Velmoric and display the picture."},
+        {"More Misc.", 9, "copyright"}, {"Contact.", 8, "issue tracker"}};
     for (int n = 1; n <= 10; ++n) {
         const Row& r = rows[n - 1];
         const std::string& p = h.pages[std::size_t(n)];

@@ -44,8 +44,7 @@ TEST(CommandLine, NameRule) {
         {"ABCDEFGHIJ", "ABCDEFGHIJ"},               // ...or all when shorter
         {"C:\\AB.NEO", "C:\\AB.NEO"},               // 9 characters, no dot at 9: taken whole
         {"ABCDEFGH.", ""},                          // 9 characters, the dot at 9
-        {"", ""},
-        {"/home/u/pics/x.pi1", "/home/u/pics/x.pi1"},
+        {"", ""}, {"/home/u/pics/x.pi1", "/home/u/pics/x.pi1"},
         {"/home/u/my.pics/x", "/home/u/my.pic"},    // a folder's dot counts when it is the last
     };
     for (const Case& c : cases) EXPECT_EQ(commandLineName(c.cmd), c.name) << c.cmd;

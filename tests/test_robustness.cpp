@@ -34,20 +34,16 @@ TEST_F(Robustness, FailuresKeepThePreviousPicture) {
         return "Sorry an error has occured.\nThe system reports the following.\n" + dir.file(name) + ": " + reason;
     };
     std::vector<Case> cases = {
-        {dir.file("mixed.Neo"), "Neo#" + fileError},
-        {dir.file("notes.txt"), "txt#" + fileError},
-        {"ab", "ab#" + fileError},
-        {dir.file("b.xyz"), "xyz#/pics/a.xyz" + fileError, "/pics/a.xyz"},
-        {dir.file("bad.tn1"), "tn1#" + fileError},
-        {dir.file("short.spu"), "spu#" + fileError},
+        {dir.file("mixed.Neo"), "Neo#" + fileError}, {dir.file("notes.txt"), "txt#" + fileError},
+        {"ab", "ab#" + fileError}, {dir.file("b.xyz"), "xyz#/pics/a.xyz" + fileError, "/pics/a.xyz"},
+        {dir.file("bad.tn1"), "tn1#" + fileError}, {dir.file("short.spu"), "spu#" + fileError},
         {dir.file("long.spu"), "spu#" + fileError},
         {dir.file("missing.neo"), systemError("missing.neo", "cannot read: No such file or directory")},
         {dir.file("folder.neo"), systemError("folder.neo", "is a folder, not a picture file")},
         {dir.file("x.pi1"), systemError("x.pi1", "is a FIFO, not a picture file")},
         {dir.file("x.neo"), systemError("x.neo", "is a character device, not a picture file")},
         {good, "Sorry an error has occured.\nThe system reports the following.\n" + ui.temporaryBitmapPath() +
-                   ": cannot replace: Is a directory"},
-    };
+                   ": cannot replace: Is a directory"}};
     if (::geteuid() != 0) {  // root reads a file of mode 000 all the same
         fs::permissions(dir.random("locked.pi1", 32034, 9), fs::perms::none);
         cases.push_back({dir.file("locked.pi1"), systemError("locked.pi1", "cannot read: Permission denied")});

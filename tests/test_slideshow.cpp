@@ -25,16 +25,12 @@ TEST(Listing, HoldsTheNormalFilesInNameOrderAndFollowsEveryChange) {
     for (const char* link : {"link.neo", "dangling.neo", "folderlink.neo"}) fs::remove(link);  // now kept
     vtest::writeFile(other.file("x"), {1});
     const std::function<void()> changes[] = {
-        [] { vtest::writeFile("new", {1}); },
-        [] { fs::rename("new", "renamed"); },
-        [] { fs::rename("renamed", ".hidden2"); },
-        [] { fs::remove("b"); },
+        [] { vtest::writeFile("new", {1}); }, [] { fs::rename("new", "renamed"); },
+        [] { fs::rename("renamed", ".hidden2"); }, [] { fs::remove("b"); },
         [] { fs::remove_all("folder.neo"), vtest::writeFile("folder.neo", {1}); },
         [&] { fs::rename(other.file("x"), "moved-in"); },
         [] { fs::remove("fifo.neo"), vtest::writeFile("fifo.neo", {1}); },
-        [&] { fs::current_path(other.path()); },
-        [&] { fs::current_path(dir.path()); },
-    };
+        [&] { fs::current_path(other.path()); }, [&] { fs::current_path(dir.path()); }};
     for (std::size_t i = 0; i < std::size(changes); ++i) {
         ui.listFolder();
         changes[i]();

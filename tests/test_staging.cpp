@@ -12,8 +12,7 @@ namespace {
 TEST(Staging, AShortFileReadsZerosOrTheBytesTheFileBeforeLeft) {
     const std::pair<const char*, std::size_t> cases[] = {
         {"NEO", 32128}, {"PI2", 32034}, {"PC1", 32034}, {"PC2", 30000}, {"PC3", 24000}, {"TNY", 20000},
-        {"SPC", 30000}, {"SPS", 38000}, {"CA1", 34000}, {"CA2", 34000}, {"CA3", 34000}, {"MAC", 40000},
-    };
+        {"SPC", 30000}, {"SPS", 38000}, {"CA1", 34000}, {"CA2", 34000}, {"CA3", 34000}, {"MAC", 40000}};
     for (const auto& [ext, size] : cases) {
         Bytes before = vtest::randomBytes(size, 1), file = vtest::randomBytes(size, 2);
         before[0] = file[0] = 1;  // a Tiny resolution byte

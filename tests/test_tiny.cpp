@@ -33,8 +33,7 @@ TEST(Tiny, CountsThatAreNegativeZeroOrMissing) {
         {"0 with a negative count writes nothing and passes a word", {0x00, 0xFF, 0xFF, 0xFF}, {}, {2}},
         {"1 with a negative count passes none", {0x01, 0x80, 0x00, 0xFF}, {}, {0}},
         {"a control length of 0 runs once, on the data's first byte", {}, {}, {0, 2}},
-        {"a negative control length runs once, data inside the header", {0x02, 0xFF}, -5, {0, 0}},
-    };
+        {"a negative control length runs once, data inside the header", {0x02, 0xFF}, -5, {0, 0}}};
     for (const Case& c : cases) {
         Bytes data = vtest::randomBytes(100, 3);
         data[0] = 0xFE;  // a control byte that copies two words

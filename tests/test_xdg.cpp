@@ -46,8 +46,7 @@ TEST_F(XdgTest, AnyProgramsGlobInAnyDatabaseOrTheUsersOwnPackageCounts) {
         // into a globs2; a system package counts only through its globs2.
         {"data/mime/packages/velmoric.xml", "<glob pattern=\"*.SPU\" weight=\"60\"/>", true},
         {"data/mime/packages/other.xml", "<glob pattern=\"*.spux\"/>", false},
-        {"sys1/mime/packages/velmoric.xml", "<glob pattern=\"*.spu\"/>", false},
-    };
+        {"sys1/mime/packages/velmoric.xml", "<glob pattern=\"*.spu\"/>", false}};
     for (const auto& c : cases) {
         put(c.file, c.text);
         EXPECT_EQ(xdg::globKnownIn(folders, "spu"), c.known) << c.file << ": " << c.text;

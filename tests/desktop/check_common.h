@@ -66,14 +66,4 @@ inline Expected expectedOf(const std::string& path) {
     return {{d.bitmap.begin(), d.bitmap.end()}, velmoric::cycles::animationOf(format, src, d)};
 }
 
-// How long each frame shows in whole milliseconds: each ends at its last
-// tick's time, rounded, so that a period lasts as long as its ticks.
-inline std::vector<int> delaysMs(const velmoric::cycles::Animation& a) {
-    std::vector<int> out;
-    long long ticks = 0;
-    const auto ms = [](long long t) { return (t * 1000 + 30) / 60; };
-    for (const auto& f : a.frames) out.push_back(int(ms(ticks + f.ticks) - ms(ticks))), ticks += f.ticks;
-    return out;
-}
-
 }  // namespace vcheck

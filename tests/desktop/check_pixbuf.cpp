@@ -21,11 +21,7 @@ using Pixbuf = std::unique_ptr<GdkPixbuf, decltype(&g_object_unref)>;
 
 // A picture read by a loader made for `type`, as Eye of GNOME makes one, or
 // by name where `type` is null; a null image with the error where it fails.
-struct Loaded {
-    Pixbuf image{nullptr, g_object_unref};
-    bool animated = false;
-    std::string error;
-};
+struct Loaded { Pixbuf image{nullptr, g_object_unref}; bool animated = false; std::string error; };
 
 Loaded load(const std::vector<std::uint8_t>& bytes, const char* type) {
     Loaded out;
@@ -80,7 +76,7 @@ void checkAnimation(const std::string& picture, const vcheck::Expected& expected
         if (!gdk_pixbuf_animation_is_static_image(animation)) fail(picture, "a still picture as an animation");
         return g_object_unref(animation);
     }
-    const std::vector<int> delays = vcheck::delaysMs(expected.animation);
+    const std::vector<int> delays = velmoric::cycles::delaysIn(expected.animation.frames, 1000);
     GTimeVal time{1000, 0};
     GdkPixbufAnimationIter* iter = gdk_pixbuf_animation_get_iter(animation, &time);
     for (std::size_t i = 0; i <= frames.size(); ++i) {

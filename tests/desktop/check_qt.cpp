@@ -62,7 +62,7 @@ void checkAnimation(const std::string& picture, const velmoric::cycles::Animatio
     }
     if (!reader.supportsAnimation() || reader.imageCount() != count || reader.loopCount() != -1)
         fail(picture, "not an animation of " + std::to_string(count) + " frames looping for ever");
-    const std::vector<int> delays = vcheck::delaysMs(expected);
+    const std::vector<int> delays = velmoric::cycles::delaysIn(expected.frames, 1000);
     std::vector<QImage> frames;
     for (int i = 0; i < count; ++i) {
         const QImage frame = reader.read();

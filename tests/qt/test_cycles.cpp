@@ -72,13 +72,11 @@ TEST_F(CycleTest, TheKeyCPlaysTheFramesOnScreenAndAgainStopsWithTheDecodedColour
 // Each command stops the play first; the picture it works on is the decoded one.
 TEST_F(CycleTest, EveryCommandStopsThePlayFirst) {
     const std::vector<std::pair<const char*, std::function<void(Viewer&)>>> commands = {
-        {"copy", [](Viewer& v) { v.mclip_Click(); }},
-        {"invert", [](Viewer& v) { v.monoinvert(); }},
+        {"copy", [](Viewer& v) { v.mclip_Click(); }}, {"invert", [](Viewer& v) { v.monoinvert(); }},
         {"open, cancelled", [](Viewer& v) { v.fmenu_Click(0); }},
         {"hand-over of a bad file", [this](Viewer& v) { v.Form_LinkExecute(corpus("pi3/TRANS.PI3")); }},
         {"drop", [this](Viewer& v) { v.Image1_OLEDragDrop({corpus("pc1/MAGICMTN.PC1")}); }},
-        {"save, refused", [](Viewer& v) { v.nopicture = kTrue, v.savepic(); }},
-    };
+        {"save, refused", [](Viewer& v) { v.nopicture = kTrue, v.savepic(); }}};
     for (const auto& [what, command] : commands) {
         viewer().Form_LinkExecute(corpus("neo/LOD_AUTOBIG2.NEO"));
         pressC();

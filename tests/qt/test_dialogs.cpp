@@ -1,8 +1,7 @@
-// The real message box and open dialog of QtPlatform, answered as soon as
-// they are on screen, and the open dialog's patterns.
+// The real message box of QtPlatform, answered as soon as it is on screen,
+// and the open dialog's patterns. The real open dialog is run in the window
+// tests of files from outside.
 #include <QAbstractButton>
-#include <QFileDialog>
-#include <QLineEdit>
 #include <QMessageBox>
 #include <QRegularExpression>
 
@@ -18,8 +17,7 @@ TEST(RealDialogs, MessageBoxShowsTitleTextButtonsAndIconAndGivesTheAnswer) {
     const Row rows[] = {
         {Buttons::YesNo, Icon::None, QMessageBox::No, Answer::No, QMessageBox::NoIcon},
         {Buttons::YesNo, Icon::Question, QMessageBox::Yes, Answer::Yes, QMessageBox::Question},
-        {Buttons::Ok, Icon::Exclamation, QMessageBox::Ok, Answer::Ok, QMessageBox::Warning},
-    };
+        {Buttons::Ok, Icon::Exclamation, QMessageBox::Ok, Answer::Ok, QMessageBox::Warning}};
     for (const auto& row : rows) {
         SCOPED_TRACE(int(row.icon));
         whenModal<QMessageBox>([&](QMessageBox* box) {
@@ -33,33 +31,11 @@ TEST(RealDialogs, MessageBoxShowsTitleTextButtonsAndIconAndGivesTheAnswer) {
     }
 }
 
-TEST(RealDialogs, OpenDialogHasTheFiltersAndGivesTheChosenFileOrNothing) {
-    QtPlatform platform{{}};
-    vtest::TempDir dir;
-    const std::string path = dir.file("Mixed.Pi1");
-    vtest::writeFile(path, vtest::Bytes(10, 0));
-    for (const bool cancel : {false, true}) {
-        whenModal<QFileDialog>([&](QFileDialog* dialog) {
-            EXPECT_EQ(dialog->windowTitle(), "Select Picture File.");
-            EXPECT_EQ(dialog->selectedNameFilter(), "Atari Pictures") << "the first entry, by its description";
-            EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFile) << "the file must exist";
-            if (cancel) return dialog->reject();
-            // Typed as a whole path: no wait for the listing of the folder.
-            dialog->findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
-            QMetaObject::invokeMethod(dialog, "accept");
-        });
-        platform.setFileName("before");
-        platform.runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
-        EXPECT_EQ(platform.fileName(), cancel ? "" : path) << "a cancel leaves the name empty";
-    }
-}
-
 TEST(NameFilters, PatternsMatchInAnyCase) {
     const std::tuple<const char*, const char*, bool> rows[] = {
         {"*.NEO", "x.neo", true}, {"*.NEO", "X.NEO", true},  {"*.NEO", "x.Neo", true}, {"*.NEO", "x.ne", false},
         {"*.PI?", "a.pI3", true}, {"*.PI?", "a.PI", false},  {"*.TN?", "b.tny", true}, {"*.CA?", "c.ca1", true},
-        {"*.SPU", "s.spc", false}, {"*.MAC", "m.Mac", true},
-    };
+        {"*.SPU", "s.spc", false}, {"*.MAC", "m.Mac", true}};
     for (const auto& [pattern, name, matches] : rows) {
         const QString wildcard = caseInsensitivePattern(QString::fromLatin1(pattern));
         const QRegularExpression re(QRegularExpression::wildcardToRegularExpression(wildcard));

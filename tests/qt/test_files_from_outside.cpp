@@ -1,6 +1,7 @@
 // Files that reach the real window from outside: drags and drops through the
-// window as the window system hands them over, and where the real open
-// dialog starts. Label1's capitals are read under a real X server.
+// window as the window system hands them over, and the real open dialog:
+// what it offers, what it gives and where it starts. Label1's capitals are
+// read under a real X server.
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QFileDialog>
@@ -53,8 +54,7 @@ TEST_F(FilesFromOutside, Image1AloneTakesListsOfLocalFiles) {
     const std::tuple<QWidget*, QList<QUrl>, Qt::DropActions> refused[] = {
         {form->image1(), {}, Qt::CopyAction},          {form->image1(), {remote}, Qt::CopyAction},
         {form->image1(), {a}, Qt::MoveAction},         {form->label1(), {a}, Qt::CopyAction},
-        {form->toolbar1(), {a}, Qt::CopyAction},       {form->menuBar(), {a}, Qt::CopyAction},
-    };
+        {form->toolbar1(), {a}, Qt::CopyAction},       {form->menuBar(), {a}, Qt::CopyAction}};
     for (const auto& [target, urls, actions] : refused)
         EXPECT_FALSE(dragAndDrop(target, urls, actions)) << target->objectName().toStdString() << " " << urls.size();
     EXPECT_EQ(form->label1()->text(), "");
@@ -67,12 +67,15 @@ TEST_F(FilesFromOutside, TheOpenDialogStartsInTheFolderOfThePictureOpenedLast) {
     loadAndShow();
     vtest::TempDir other;
     const std::string first = neoFile(pictures, "first.neo"), dropped = neoFile(other, "dropped.neo");
-    // Runs the real dialog and chooses `path` ("" cancels); gives whether it
-    // started in the folder of `expected`.
+    // Runs the real dialog and chooses `path` ("" cancels, which leaves the
+    // name empty); gives whether it started in the folder of `expected`.
     auto startsIn = [&](const std::string& path, const vtest::TempDir& expected) {
         std::string folder;
         whenModal<QFileDialog>([&](QFileDialog* dialog) {
             folder = QFile::encodeName(dialog->directory().absolutePath()).toStdString();
+            // The first filter entry, chosen by its description.
+            EXPECT_EQ(dialog->windowTitle() + "|" + dialog->selectedNameFilter(), "Select Picture File.|Atari Pictures");
+            EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFile) << "the file must exist";
             if (path.empty()) return dialog->reject();
             // Typed as a whole path, as a user may: no wait for the listing
             // of another folder.
@@ -80,6 +83,7 @@ TEST_F(FilesFromOutside, TheOpenDialogStartsInTheFolderOfThePictureOpenedLast) {
             QMetaObject::invokeMethod(dialog, "accept");
         });
         platform->QtPlatform::runFileSelector(FileSelector{6148, kOpenFilter, 1, "Select Picture File."});
+        EXPECT_EQ(platform->fileName(), path);
         return std::filesystem::equivalent(folder, expected.path());
     };
     platform->setFileName(other.file("before.neo"));

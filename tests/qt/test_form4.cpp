@@ -16,12 +16,7 @@ using namespace vqt;
 namespace {
 
 struct Form4Test : WindowTest {
-    std::unique_ptr<Form4> dialog;
-
-    void TearDown() override {
-        dialog.reset();  // a child of the main window: goes first
-        WindowTest::TearDown();
-    }
+    std::unique_ptr<Form4> dialog;  // a child of the main window: goes first, as a member of the test
     void store(const std::string& key, const std::string& value) {
         platform->QtPlatform::writeSetting("velmoric", "options", key, value);
     }
@@ -75,8 +70,7 @@ TEST_F(Form4Test, TheScaleAndTheOrientationMoveThePreviewOnTheSheet) {
 
 TEST_F(Form4Test, EveryWayOfClosingStoresWhatTheDialogShows) {
     const std::function<void(Form4&)> ways[] = {
-        [](Form4& f) { f.command1()->click(); },
-        [](Form4& f) { f.close(); },
+        [](Form4& f) { f.command1()->click(); }, [](Form4& f) { f.close(); },
         [](Form4& f) {
             QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
             QApplication::sendEvent(&f, &escape);

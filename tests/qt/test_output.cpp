@@ -23,6 +23,7 @@ void acceptLater(QDialog* dialog) { QMetaObject::invokeMethod(dialog, "accept", 
 
 struct OutputTest : WindowTest {
     vtest::TempDir files;
+    void SetUp() override { WindowTest::SetUp(), loadAndShow(); }
     vtest::Bytes open(const char* ext) {
         viewer().Form_LinkExecute(files.random(std::string("picture.") + ext, 32034, 5));
         return form->image1()->picture().bytes();
@@ -45,7 +46,6 @@ struct OutputTest : WindowTest {
 };
 
 TEST_F(OutputTest, TheSaveDialogWantsAnExistingFolderAndAddsBMPToANameWithoutExtension) {
-    loadAndShow();
     const vtest::Bytes bitmap = open("PI1");
     whenModal<QFileDialog>([&](QFileDialog* dialog) {
         EXPECT_EQ(dialog->windowTitle() + "|" + dialog->selectedNameFilter(),
@@ -68,7 +68,6 @@ TEST_F(OutputTest, TheSaveDialogWantsAnExistingFolderAndAddsBMPToANameWithoutExt
 }
 
 TEST_F(OutputTest, CopyPutsThePicturesPixelsAndItsBitmapOnTheClipboard) {
-    loadAndShow();
     for (const bool startup : {true, false}) {
         if (!startup) open("PI3");
         const auto flags = std::make_tuple(viewer().saved, viewer().nopicture);
@@ -86,7 +85,6 @@ TEST_F(OutputTest, CopyPutsThePicturesPixelsAndItsBitmapOnTheClipboard) {
 }
 
 TEST_F(OutputTest, ThePrintedPictureIsCentredAtItsScaleOnThePageOfEitherOrientation) {
-    loadAndShow();
     open("PI1");
     const Picture& picture = form->image1()->picture();
     for (const auto& [orientation, scale] : {std::pair{0, 100}, {1, 100}, {0, 5}, {1, 5}}) {

@@ -52,16 +52,12 @@ struct SlideShowTest : WindowTest {
     fs::path before = fs::current_path();
     ShowPlatform* show = nullptr;
 
-    void TearDown() override {
-        fs::current_path(before);
-        WindowTest::TearDown();
-    }
+    void TearDown() override { fs::current_path(before); }
     // A fresh window on screen with `names` in the folder; a name ending in
     // "spu" holds a file one byte short of a Spectrum picture.
     void ready(const std::vector<std::string>& names, int delay, int repeat) {
         show = &make<ShowPlatform>();
-        for (const std::string& name : names)
-            folder.random(name, name.ends_with("spu") ? 51103 : 32128, 1);
+        for (const std::string& name : names) folder.random(name, name.ends_with("spu") ? 51103 : 32128, 1);
         loadAndShow();
         viewer().options.delay = std::int16_t(delay);
         viewer().options.repeat = std::int16_t(repeat);
@@ -155,9 +151,7 @@ TEST_F(SlideShowTest, NoPicturesAndFailuresEndTheShowWithTheirBoxAndLeaveThePict
     for (const auto& row : rows) {
         SCOPED_TRACE(row.text);
         ready(row.files, 0, 1);
-        show->onPicture = [&] {
-            if (row.removeDuringWait) fs::remove(folder.file("a.neo"));
-        };
+        show->onPicture = [&] { if (row.removeDuringWait) fs::remove(folder.file("a.neo")); };
         run();
         ASSERT_EQ(platform->messages.size(), 1u);
         const auto& m = platform->messages[0];
@@ -174,9 +168,7 @@ TEST_F(SlideShowTest, OnlyAFullWaitLeavesAPictureToSaveAndToWarnAbout) {
     for (const bool stopAtOnce : {true, false}) {
         ready({"a.neo"}, stopAtOnce ? 5 : 0, 0);
         viewer().options.save = 1;
-        show->onPicture = [&] {
-            if (stopAtOnce) click(form->image1());
-        };
+        show->onPicture = [&] { if (stopAtOnce) click(form->image1()); };
         run();
         EXPECT_TRUE(ended());
         viewer().fmenu_Click(1);

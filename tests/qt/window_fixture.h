@@ -25,11 +25,7 @@ using namespace velmoric::qt;
 
 class ScriptedPlatform : public QtPlatform {
 public:
-    struct Message {
-        std::string text, title;
-        Buttons buttons;
-        Icon icon;
-    };
+    struct Message { std::string text, title; Buttons buttons; Icon icon; };
 
     explicit ScriptedPlatform(std::vector<std::string> arguments = {}) : QtPlatform(std::move(arguments)) {}
 
@@ -81,14 +77,12 @@ void whenModal(std::function<void(Dialog*)> answer) {
     timer->start(10);
 }
 
-inline std::string settingsFile() {
-    return std::string(std::getenv("XDG_CONFIG_HOME")) + "/velmoric/velmoric.conf";
-}
+inline std::string settingsFile() { return std::string(std::getenv("XDG_CONFIG_HOME")) + "/velmoric/velmoric.conf"; }
 
 struct WindowTest : ::testing::Test {
     vtest::TempDir data, dataDirs, programDir;
     std::unique_ptr<ScriptedPlatform> platform;
-    std::unique_ptr<Form1> form;
+    std::unique_ptr<Form1> form;  // declared last: goes first, before its platform
 
     void SetUp() override {
         setenv("XDG_DATA_HOME", data.path().c_str(), 1);
@@ -96,10 +90,6 @@ struct WindowTest : ::testing::Test {
         std::filesystem::remove_all(std::getenv("XDG_CONFIG_HOME"));
         std::filesystem::create_directories(std::getenv("XDG_CONFIG_HOME"));
         make();
-    }
-    void TearDown() override {
-        form.reset();
-        platform.reset();
     }
 
     // A fresh platform and window, as at a new start of the program.
