@@ -14,7 +14,8 @@ namespace {
 // Four animation bytes come only with a resolution byte of 3 or more; the
 // control length is the stream's own unless given.
 Bytes tinyFile(std::uint8_t n, const Bytes& control, const Bytes& data, std::optional<int> controlLength = {}) {
-    Bytes f = {n};
+    Bytes f(1, n);
+    f.reserve(41 + control.size() + data.size());
     if (n >= 3) f.insert(f.end(), {1, 2, 3, 4});
     for (int i = 0; i < 32; ++i) f.push_back(std::uint8_t(37 * i));  // the palette
     const int c = controlLength.value_or(int(control.size()));

@@ -143,10 +143,18 @@ GdkPixbuf* pixbufOf(const desktop::DesktopPicture& p, std::span<const std::uint3
     if (!pixbuf) return nullptr;
     guchar* pixels = gdk_pixbuf_get_pixels(pixbuf);
     const std::size_t stride = std::size_t(gdk_pixbuf_get_rowstride(pixbuf));
-    std::vector<std::uint32_t> row(std::size_t(p.width));
+    const std::size_t width = std::size_t(p.width);
+    std::vector<std::uint32_t> row(width);
+    const auto indices = [&](int y) { return p.indices.data() + std::size_t(y) * width; };
     for (int y = 0; y < p.height; ++y) {
-        p.rowRgb(y, colours, row.data());
         guchar* out = pixels + std::size_t(y) * stride;
+        // A medium-resolution picture shows each line twice: a row of the
+        // same indices as the one above is the same bytes.
+        if (y > 0 && p.paletted() && std::equal(indices(y), indices(y) + width, indices(y - 1))) {
+            std::copy_n(out - stride, 3 * width, out);
+            continue;
+        }
+        p.rowRgb(y, colours, row.data());
         for (const std::uint32_t c : row) {
             *out++ = guchar(c >> 16);
             *out++ = guchar(c >> 8);
