@@ -31,22 +31,23 @@ void storeScreenByte(Staging& s, int b, std::uint8_t v) {
     s.srcwords.put(i, b % 2 == 0 ? std::uint16_t((w & 0xFF00) | v) : std::uint16_t((w & 0x00FF) | v << 8));
 }
 
-// The rows, plane by plane, from offset 34, each byte handed to `store`
-// with its place in the screen; gives the offset behind the last run. A file
-// that ends early reads as zeros, each a control byte that copies one zero,
-// so the picture is always finished. A plane ends only between runs: a run
-// that passes its end carries on in the same plane of the rows below, which
-// are decoded later and overwrite it, and the next plane still starts at its
-// own place. A run stores at most 128 bytes.
-template <typename Store>
-std::size_t walkRuns(const Source& src, const PackedLayout& l, Store&& store) {
+// The header's 17 words, then the rows, plane by plane, from offset 34,
+// each byte stored at its place in the screen; nothing leaves srcwords.
+// Gives the offset behind the last run. A file that ends early reads as
+// zeros, each a control byte that copies one zero, so the picture is always
+// finished. A plane ends only between runs: a run that passes its end
+// carries on in the same plane of the rows below, which are decoded later
+// and overwrite it, and the next plane still starts at its own place. A run
+// stores at most 128 bytes.
+std::size_t unpackScreen(Staging& s, const Source& src, const PackedLayout& l) {
+    readWords(s, src, 0, 0, kImageWord);
     std::size_t at = 2 * kImageWord;
     for (int y = 0; y < l.rows; ++y) {
         for (int p = 0; p < l.planes; ++p) {
             int b = y * l.rowBytes + 2 * p;
             const int end = b + l.rowBytes;
             auto put = [&](std::uint8_t v) {
-                store(b, v);
+                storeScreenByte(s, b, v);
                 b += b % 2 == 0 ? 1 : 2 * l.planes - 1;
             };
             do {
@@ -61,13 +62,6 @@ std::size_t walkRuns(const Source& src, const PackedLayout& l, Store&& store) {
         }
     }
     return at;
-}
-
-// The header's 17 words, then the screen; nothing leaves srcwords. Gives
-// the offset behind the last run.
-std::size_t unpackScreen(Staging& s, const Source& src, const PackedLayout& l) {
-    readWords(s, src, 0, 0, kImageWord);
-    return walkRuns(src, l, [&](int b, std::uint8_t v) { storeScreenByte(s, b, v); });
 }
 
 }  // namespace
