@@ -73,12 +73,6 @@ ColourMap colourMap(const std::vector<std::uint32_t>& palette, int bits) {
     return map;
 }
 
-std::vector<std::uint32_t> rgbOf(const cycles::Palette& palette) {
-    std::vector<std::uint32_t> out;
-    for (const cycles::Colour& c : palette) out.push_back(std::uint32_t(c[2]) << 16 | std::uint32_t(c[1]) << 8 | c[0]);
-    return out;
-}
-
 int appendBytes(GifFileType* file, const GifByteType* bytes, int length) {
     auto* out = static_cast<std::vector<std::uint8_t>*>(file->UserData);
     out->insert(out->end(), bytes, bytes + length);
@@ -156,7 +150,7 @@ std::vector<std::uint8_t> encodeGif(const Picture& picture, const std::vector<cy
     const bool animated = frames.size() > 1;
     std::vector<std::uint8_t> out;
     GifWriter w(out);
-    const ColourMap global = colourMap(animated ? rgbOf(frames[0].palette) : indexed->palette, bits);
+    const ColourMap global = colourMap(animated ? cycles::rgbOf(frames[0].palette) : indexed->palette, bits);
     w.check(gif().putScreen(w.get(), picture.width(), picture.height(), bits, 0, global.get()));
     if (!animated) {
         putPixels(w, *indexed, picture.width(), picture.height(), nullptr);
@@ -165,7 +159,7 @@ std::vector<std::uint8_t> encodeGif(const Picture& picture, const std::vector<cy
         const std::vector<int> delays = cycles::delaysIn(frames, 100);  // GIF delays are hundredths
         for (std::size_t i = 0; i < frames.size(); ++i) {
             putDelay(w, delays[i]);
-            const ColourMap local = i == 0 ? nullptr : colourMap(rgbOf(frames[i].palette), bits);
+            const ColourMap local = i == 0 ? nullptr : colourMap(cycles::rgbOf(frames[i].palette), bits);
             putPixels(w, *indexed, picture.width(), picture.height(), local.get());
         }
     }

@@ -120,6 +120,12 @@ std::vector<Channel> readChannels(const Format& format, const Source& src, const
     return out;
 }
 
+std::vector<std::uint32_t> rgbOf(const Palette& palette) {
+    std::vector<std::uint32_t> out;
+    for (const Colour& c : palette) out.push_back(std::uint32_t(c[2]) << 16 | std::uint32_t(c[1]) << 8 | c[0]);
+    return out;
+}
+
 Palette paletteOf(std::span<const std::uint8_t> bitmap) {
     if (bitmap.size() <= kBitsPerPixelAt) return {};
     const std::size_t entries = std::size_t(1) << std::min<int>(bitmap[kBitsPerPixelAt], 8);

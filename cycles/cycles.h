@@ -61,6 +61,8 @@ std::vector<Channel> readChannels(const Format& format, const Source& src, const
 // another palette of that length put in.
 Palette paletteOf(std::span<const std::uint8_t> bitmap);
 void putPalette(std::span<std::uint8_t> bitmap, const Palette& palette);
+// A palette as 0xRRGGBB, the way the image libraries take colours.
+std::vector<std::uint32_t> rgbOf(const Palette& palette);
 
 // The palette `tick` ticks after the start. At each tick the channels due
 // then step in order, each on the palette the one before it left.

@@ -149,13 +149,8 @@ std::vector<DesktopFrame> framesOf(const cycles::Animation& animation) {
     std::vector<DesktopFrame> out;
     if (!animation.animated()) return out;
     const std::vector<int> delays = cycles::delaysIn(animation.frames, 1000);
-    for (std::size_t i = 0; i < animation.frames.size(); ++i) {
-        DesktopFrame frame;
-        for (const cycles::Colour& c : animation.frames[i].palette)
-            frame.palette.push_back(std::uint32_t(c[2]) << 16 | std::uint32_t(c[1]) << 8 | c[0]);
-        frame.delayMs = delays[i];
-        out.push_back(std::move(frame));
-    }
+    for (std::size_t i = 0; i < animation.frames.size(); ++i)
+        out.push_back({cycles::rgbOf(animation.frames[i].palette), delays[i]});
     return out;
 }
 
